@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# The main job: builds the provider and the simulated switch, loads the
+# example fabric and serves it to CIM-XML clients on 127.0.0.1:5988.
+#   scripts/serve.sh [FABRIC.json] [extra zonecim serve options]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/install-deps.sh
+
+build=build-serve
+jobs=$(nproc 2>/dev/null || echo 2)
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DZONE_BUILD_TESTS=OFF -DZONE_BUILD_BENCH=OFF >/dev/null
+cmake --build "$build" -j "$jobs" --target zonecim zone_provider zoning_platform
+
+fabric=examples/fabric.json
+if [ $# -gt 0 ] && [ "${1#-}" = "$1" ]; then fabric=$1; shift; fi
+export ZONE_SIM_DB=${ZONE_SIM_DB:-$PWD/$build/zone-switch.db}
+zonecim=$build/src/zonecim/zonecim
+"$zonecim" fabric load "$fabric"
+
+cat <<MSG
+Simulated switch loaded from $fabric (database $ZONE_SIM_DB).
+Serving it on http://127.0.0.1:5988 ; try, from another shell:
+  wbemcli ein 'http://localhost:5988/root/cimv2:VORNA_ZoneService'
+  wbemcli ei  'http://localhost:5988/root/cimv2:VORNA_Zone'
+  wbemcli ain -ac VORNA_ZoneMemberOfCollection 'http://localhost:5988/root/cimv2:VORNA_ZoneSet.InstanceID="10^1^1"'
+  wbemcli cm  'http://localhost:5988/root/cimv2:VORNA_ZoneService.Name="10"' 'CreateZoneSet.ZoneSetName="lab_zs"'
+or, without a server, the same through the command line tool:
+  ZONE_SIM_DB=$ZONE_SIM_DB $zonecim ei 'root/cimv2:VORNA_Zone'
+Stop with Ctrl-C.
+MSG
+exec "$zonecim" serve "$@"

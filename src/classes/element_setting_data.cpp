@@ -1,0 +1,81 @@
+// VORNA_ElementSettingData: a zone or zone alias (ManagedElement) and the
+// setting data of one of its members (SettingData), in both databases of
+// every VSAN.
+#include <cstdio>
+
+#include "classes/containment_walk.h"
+#include "platform/zoning_platform.h"
+#include "provider/zone_provider.h"
+
+namespace {
+
+using zone::containment::field_width;
+
+void trace_zone(const ZoneRecord &zone) {
+    std::printf("\tfound zone %.*s -- %.*s \n", field_width(zone.instance_id), zone.instance_id,
+                field_width(zone.name), zone.name);
+}
+
+void trace_zone_alias(const ZoneAliasRecord &alias) {
+    std::printf("\tfound zone alias%.*s -- %.*s \n", field_width(alias.instance_id),
+                alias.instance_id, field_width(alias.name), alias.name);
+}
+
+void trace_member(const ZoneMemberRecord &member) {
+    std::printf("\t found zone zone member -- %.*s\n", field_width(member.member_value),
+                member.member_value);
+}
+
+// Zones first, zone aliases second; the children of both are members.
+static constexpr zone::containment::ContainmentFamily kElementSettingData{
+    "VORNA_ElementSettingData",
+    "ManagedElement",
+    "SettingData",
+    esd_build_instance,
+    zone::containment::ParentKind<ZoneRecord, ZoneMemberRecord>{
+        {zs_cim_get_all_active_zones, zs_cim_get_all_non_active_zones},
+        zs_cim_get_zone_zone_members_by_instance_id,
+        "VORNA_Zone",
+        zone_fill_reference,
+        "VORNA_ZoneMemberSettingData",
+        zone_member_fill_reference,
+        esd_fill_reference_zoneZoneMember,
+        nullptr,
+        trace_zone,
+        trace_member,
+    },
+    zone::containment::ParentKind<ZoneAliasRecord, ZoneMemberRecord>{
+        {zs_cim_get_all_active_zone_aliases, zs_cim_get_all_non_active_zone_aliases},
+        zs_cim_get_zone_alias_zone_members_by_instance_id,
+        "VORNA_ZoneAlias",
+        zone_alias_fill_reference,
+        "VORNA_ZoneMemberSettingData",
+        zone_member_fill_reference,
+        esd_fill_reference_zoneAliasZoneMember,
+        nullptr,
+        trace_zone_alias,
+        trace_member,
+    },
+};
+
+}  // namespace
+
+extern "C" {
+
+int get_esd_all_instances(const char *, const CMPIResult *result, const char **props,
+                          const char *ns) {
+    using zone::containment::Deliver;
+    return zone::containment::enumerate(kElementSettingData,
+                                        {Deliver::Instances, result, props, ns});
+}
+
+int get_esd_keys(const char *, const CMPIResult *result, const char *ns) {
+    using zone::containment::Deliver;
+    return zone::containment::enumerate(kElementSettingData, {Deliver::Names, result, nullptr, ns});
+}
+
+int get_esd_instance(const CMPIObjectPath *op, const CMPIResult *result, const char **props) {
+    return zone::containment::get_instance(kElementSettingData, op, result, props);
+}
+
+}  // extern "C"

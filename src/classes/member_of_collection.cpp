@@ -1,0 +1,86 @@
+// VORNA_ZoneMemberOfCollection: a zone set and each of its zones, a zone and
+// each of its zone aliases, in both databases of every VSAN. Zone members
+// are not collections' members here; their links are element setting data.
+#include <cstdio>
+
+#include "classes/containment_walk.h"
+#include "platform/zoning_platform.h"
+#include "provider/zone_provider.h"
+
+namespace {
+
+using zone::containment::field_width;
+
+// The same words for the editable database's count as for the active one's.
+void trace_zone_sets(int count, int vsan) {
+    std::printf("found %d active zone set in vsan %d\n", count, vsan);
+}
+
+void trace_zone_in_zone_set(const ZoneRecord &zone) {
+    std::printf("\t found zone in zone set -- %.*s\n", field_width(zone.name), zone.name);
+}
+
+void trace_zone(const ZoneRecord &zone) {
+    std::printf("\tfound zone %.*s -- %.*s \n", field_width(zone.instance_id), zone.instance_id,
+                field_width(zone.name), zone.name);
+    std::printf("getting zone alias of zone -- %.*s\n", field_width(zone.instance_id),
+                zone.instance_id);
+}
+
+void trace_zone_alias(const ZoneAliasRecord &alias) {
+    std::printf("\t found  zone alias -- %.*s\n", field_width(alias.name), alias.name);
+}
+
+// Zone sets with their zones first, zones with their aliases second.
+static constexpr zone::containment::ContainmentFamily kMemberOfCollection{
+    "VORNA_ZoneMemberOfCollection",
+    "Collection",
+    "Member",
+    zmoc_build_instance_MemberCollection,
+    zone::containment::ParentKind<ZoneSetRecord, ZoneRecord>{
+        {zs_cim_get_all_active_zone_sets, zs_cim_get_all_non_active_zone_sets},
+        zs_cim_get_zone_set_zones_by_instance_id,
+        "VORNA_ZoneSet",
+        zone_set_fill_reference,
+        "VORNA_Zone",
+        zone_fill_reference,
+        zmoc_fill_reference_zoneSetZone,
+        trace_zone_sets,
+        nullptr,
+        trace_zone_in_zone_set,
+    },
+    zone::containment::ParentKind<ZoneRecord, ZoneAliasRecord>{
+        {zs_cim_get_all_active_zones, zs_cim_get_all_non_active_zones},
+        zs_cim_get_zone_zone_aliases_by_instance_id,
+        "VORNA_Zone",
+        zone_fill_reference,
+        "VORNA_ZoneAlias",
+        zone_alias_fill_reference,
+        zmoc_fill_reference,
+        nullptr,
+        trace_zone,
+        trace_zone_alias,
+    },
+};
+
+}  // namespace
+
+extern "C" {
+
+int get_moc_all_instances(const char *, const CMPIResult *result, const char **props,
+                          const char *ns) {
+    using zone::containment::Deliver;
+    return zone::containment::enumerate(kMemberOfCollection,
+                                        {Deliver::Instances, result, props, ns});
+}
+
+int get_moc_keys(const char *, const CMPIResult *result, const char *ns) {
+    using zone::containment::Deliver;
+    return zone::containment::enumerate(kMemberOfCollection, {Deliver::Names, result, nullptr, ns});
+}
+
+int get_moc_instance(const CMPIObjectPath *op, const CMPIResult *result, const char **props) {
+    return zone::containment::get_instance(kMemberOfCollection, op, result, props);
+}
+
+}  // extern "C"

@@ -1,0 +1,32 @@
+// Process-wide state of the simulated switch's platform operations: the
+// messaging queue handle, the database of the current ZONE_SIM_DB, and the
+// frame every operation runs its work in.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "sim/store.h"
+
+namespace zonesim {
+
+// The handle init_mts hands out; operations given any other queue answer
+// kErrQueueNotOpen.
+inline constexpr int kQueueHandle = 1;
+
+// The database named by ZONE_SIM_DB now, opened on first use and reopened
+// when the variable names another file. Null, with the code, when the file
+// can't be opened or is refused (the reason goes to stderr once per file).
+std::shared_ptr<Store> currentStore(int *code);
+
+// Runs fn in one transaction of the current database (a write transaction
+// when write is set) and answers its code; checks the queue first. No
+// exception leaves: anything thrown is answered with kErrUnknown.
+int withStore(int queue, bool write, const std::function<int(Store &)> &fn);
+// The same for the operations that take no queue.
+int withStoreNoQueue(bool write, const std::function<int(Store &)> &fn);
+
+// Runs fn, answering kErrUnknown for anything it throws.
+int guarded(const std::function<int()> &fn);
+
+}  // namespace zonesim

@@ -1,0 +1,223 @@
+// The simulated switch's state: one SQLite database file.
+//
+// Where it lives: the path in the environment variable ZONE_SIM_DB, or
+// "zone-switch.db" in the current directory when the variable is unset or
+// empty (Store::defaultPath()). A missing or empty file becomes a new
+// database holding the switch "switch-sim-01" with VSAN 1 and empty zoning
+// databases. A file that is not ours (another program's SQLite database, any
+// other file) or that was written by a newer schema is refused: a message on
+// stderr, the file left untouched, and Store::open() answers
+// kErrNotOurDatabase.
+//
+// What it holds: the switch name; the VSAN table with each VSAN's domain
+// entry (or none); per VSAN the full (editable) and the active (enforced)
+// zoning database with zone sets, zones, aliases and members and the links
+// between them; the device-alias database; the capacity limits.
+//
+// How it is used: every piece of work runs inside read() or write(), one
+// SQLite transaction each (a write takes the database's write lock at once).
+// Nothing is cached between transactions, so another process that writes the
+// same file is seen by the next transaction. The methods below may be called
+// only from inside the function given to read() or write(); the commands only
+// from write(). A Store serialises the threads that share it on an internal
+// lock. Methods that answer an int return 0 or a simulator error code
+// (sim_errors.h); lookups answer false when the object does not exist.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace zonesim {
+
+class Query;
+
+using Wwn = std::array<std::uint8_t, 8>;
+
+// Object kinds, numbered as the zone server's commands number them.
+enum class ObjectKind : int { Zone = 0, ZoneSet = 1, Alias = 2 };
+
+inline constexpr int kMinVsan = 1;
+inline constexpr int kMaxVsan = 4094;
+inline constexpr std::size_t kMaxNameLength = 64;  // zoning and device-alias names
+
+// The domain manager's entry of one VSAN.
+struct DomainInfo {
+    int domain_id = 0;  // 1..239
+    Wwn switch_wwn{};
+    Wwn principal_wwn{};
+};
+
+struct VsanInfo {
+    int number = 0;
+    std::string name;
+    std::optional<DomainInfo> domain;  // none: the domain manager has no entry
+};
+
+// A zone set, zone or alias of one database of one VSAN. The number is the
+// VSAN's object number (shared by the three kinds, never reused); an active
+// copy keeps the number of the object it was copied from.
+struct ZoningObject {
+    std::int64_t row = 0;  // storage identity, valid for one transaction
+    int vsan = 0;
+    bool active = false;
+    ObjectKind kind = ObjectKind::Zone;
+    int number = 0;
+    std::string name;
+
+    // "VSAN^NUMBER^ACTIVE"
+    std::string instanceId() const;
+};
+
+// A zone member. One member per (VSAN, database, zone server code, match
+// key), however many zones and aliases hold it: the key is what makes two
+// encoded values the same member (member_identity.h makes it).
+struct Member {
+    std::int64_t row = 0;
+    int vsan = 0;
+    bool active = false;
+    std::uint16_t cim_type = 0;       // CIM member type the member carries
+    std::uint8_t code = 0;            // zone server member type code (231 kept as 109)
+    std::vector<std::uint8_t> value;  // encoded member value
+    std::vector<std::uint8_t> key;    // match key of the value
+    std::string id_text;              // member text of the InstanceID
+    std::string value_text;           // identifier text as given
+
+    // "VSAN^CIM TYPE^MEMBER TEXT^ACTIVE"
+    std::string instanceId() const;
+};
+
+struct DeviceAlias {
+    std::string name;
+    Wwn pwwn{};
+};
+
+// Capacity of the switch, counted over the full databases of all VSANs
+// (members: member entries, i.e. one per member in one zone or alias).
+struct Limits {
+    int zone_sets = 1000;
+    int zones = 16000;
+    int aliases = 8000;
+    int members = 32000;
+    int device_aliases = 20000;
+};
+
+class Store {
+  public:
+    struct Opened {
+        std::unique_ptr<Store> store;  // null when refused
+        int code = 0;                  // 0 or the simulator error code
+        std::string message;           // why it was refused
+    };
+    // Opens (creating when missing or empty) the database file at path.
+    static Opened open(const std::string &path);
+    // ZONE_SIM_DB, or "zone-switch.db" in the current directory.
+    static std::string defaultPath();
+    static constexpr const char *kDefaultSwitchName = "switch-sim-01";
+
+    ~Store();
+    Store(const Store &) = delete;
+    Store &operator=(const Store &) = delete;
+    const std::string &path() const { return path_; }
+
+    // One transaction around fn (a callable answering an int code): committed
+    // when fn answers 0, rolled back otherwise or when it throws (the
+    // exception goes on). Answers fn's code, or kErrDatabaseBusy /
+    // kErrStorage when the transaction itself fails. Not reentrant.
+    int read(const std::function<int()> &fn) { return transact(false, fn); }
+    int write(const std::function<int()> &fn) { return transact(true, fn); }
+
+    // ---- Switch and VSANs ------------------------------------------------
+    std::string switchName();
+    int setSwitchName(const std::string &name);
+    std::vector<VsanInfo> vsans();  // ascending
+    bool vsan(int number, VsanInfo *out);
+    bool nextVsan(int after, VsanInfo *out);  // the lowest VSAN above after
+    int addVsan(const VsanInfo &vsan);        // kErrAlreadyPresent when it exists
+    Limits limits();
+    int setLimits(const Limits &limits);
+
+    // ---- Zoning queries ----------------------------------------------------
+    // All objects of one kind of one database, in creation order.
+    std::vector<ZoningObject> objects(int vsan, bool active, ObjectKind kind);
+    bool object(int vsan, bool active, ObjectKind kind, int number, ZoningObject *out);
+    bool objectByName(int vsan, bool active, ObjectKind kind, const std::string &name,
+                      ZoningObject *out);
+    // Zones of a zone set / aliases of a zone, in the order they were added.
+    std::vector<ZoningObject> children(const ZoningObject &parent);
+    // Zone sets holding a zone / zones holding an alias.
+    std::vector<ZoningObject> parents(const ZoningObject &child);
+    // Members of a zone or alias, in the order they were added.
+    std::vector<Member> members(const ZoningObject &parent);
+    // All members of one database, in creation order.
+    std::vector<Member> allMembers(int vsan, bool active);
+    bool member(int vsan, bool active, std::uint8_t code, const std::vector<std::uint8_t> &key,
+                Member *out);
+    // Zones (parent_kind Zone) or aliases (Alias) holding the member.
+    std::vector<ZoningObject> memberParents(const Member &member, ObjectKind parent_kind);
+
+    // ---- Zoning commands (full database only) -----------------------------
+    int createObject(int vsan, ObjectKind kind, const std::string &name, ZoningObject *created);
+    int removeObject(int vsan, ObjectKind kind, int number);
+    // Zone into zone set (parent_kind ZoneSet) or alias into zone (Zone).
+    int addChild(int vsan, ObjectKind parent_kind, int parent_number, int child_number);
+    int removeChild(int vsan, ObjectKind parent_kind, int parent_number, int child_number);
+    // The member (looked up by VSAN, code and key; value, cim_type and the
+    // texts are used when it is new) into or out of a zone or alias.
+    int addMember(ObjectKind parent_kind, int parent_number, const Member &member);
+    int removeMember(ObjectKind parent_kind, int parent_number, const Member &member);
+    int removeMemberEverywhere(const Member &member);
+    // Copies the full database's zone set with its zones, aliases and members
+    // into the active database, replacing what was active.
+    int activate(int vsan, int zone_set_number);
+    // Empties the active database when it holds that zone set.
+    int deactivate(int vsan, int zone_set_number);
+
+    // ---- Device aliases ----------------------------------------------------
+    std::vector<DeviceAlias> deviceAliases();  // creation order
+    bool deviceAliasByPwwn(const Wwn &pwwn, DeviceAlias *out);
+    bool deviceAliasByName(const std::string &name, DeviceAlias *out);
+    // Checks only (no change): kErrAlreadyPresent, kErrCapacity, kErrInvalidName.
+    int checkNewDeviceAlias(const DeviceAlias &alias);
+    int addDeviceAlias(const DeviceAlias &alias);
+    int removeDeviceAlias(const std::string &name);
+
+    // ---- Whole state (fabric files) ---------------------------------------
+    // Empties the database back to a switch without VSANs or device aliases.
+    int clearAll();
+    // Inserts an object as given (number included, either database), without
+    // capacity checks; kErrAlreadyPresent on a name or number clash.
+    int insertObject(ZoningObject *object);
+    int insertLink(const ZoningObject &parent, const ZoningObject &child);
+    int insertMember(const ZoningObject &parent, const Member &member);
+    // Makes sure the VSAN's next object number is above number.
+    int reserveNumber(int vsan, int number);
+    int nextNumber(int vsan);
+
+  private:
+    explicit Store(std::string path, sqlite3 *db);
+    int transact(bool for_write, const std::function<int()> &fn);
+    sqlite3_stmt *statement(const char *sql);
+    // A cached statement, reset when the Query goes.
+    Query query(const char *sql);
+    int insertObjectRow(ZoningObject *object);
+    int findOrInsertMember(const Member &member, std::int64_t *row, bool *created);
+    int clearActive(int vsan);
+    int checkCapacity(ObjectKind kind);
+
+    std::string path_;
+    sqlite3 *db_;
+    std::mutex lock_;
+    struct Statements;
+    std::unique_ptr<Statements> statements_;
+};
+
+}  // namespace zonesim

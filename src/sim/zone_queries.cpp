@@ -1,0 +1,281 @@
+// The zone server's queries: whole databases, objects by InstanceID or
+// number, parents and children. Every answer is gathered in one read
+// transaction and turned into caller-owned records afterwards.
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "platform/zoning_platform.h"
+#include "sim/generic_list.h"
+#include "sim/instance_ids.h"
+#include "sim/member_identity.h"
+#include "sim/platform_state.h"
+#include "sim/records.h"
+#include "sim/sim_errors.h"
+
+namespace zonesim {
+namespace {
+
+template <typename Record>
+int allObjects(int queue, int vsan, bool active, ObjectKind kind, int *count, Record **records) {
+    if (count == nullptr || records == nullptr) return kErrInvalidArgument;
+    std::vector<ZoningObject> objects;
+    int code = withStore(queue, false, [&](Store &store) {
+        if (!store.vsan(vsan, nullptr)) return kErrVsanNotConfigured;
+        objects = store.objects(vsan, active, kind);
+        return kOk;
+    });
+    return code != kOk ? code : toArray(objects, count, records);
+}
+
+int allMembers(int queue, int vsan, bool active, int *count, ZoneMemberRecord **list) {
+    if (count == nullptr || list == nullptr) return kErrInvalidArgument;
+    std::vector<Member> members;
+    int code = withStore(queue, false, [&](Store &store) {
+        if (!store.vsan(vsan, nullptr)) return kErrVsanNotConfigured;
+        members = store.allMembers(vsan, active);
+        return kOk;
+    });
+    if (code == kOk) code = toList(members, list);
+    if (code == kOk) *count = static_cast<int>(members.size());
+    return code;
+}
+
+// The object of that kind named by a ZoningInstanceId.
+bool findObject(Store &store, const char *instance_id, ObjectKind kind, ZoningObject *out) {
+    GenericId id;
+    return instance_id != nullptr && parseGenericId(instance_id, &id) &&
+           store.object(id.vsan, id.active != 0, kind, id.number, out);
+}
+
+template <typename Record>
+int objectById(int queue, const char *instance_id, ObjectKind kind, Record **record) {
+    if (instance_id == nullptr || record == nullptr) return kErrInvalidArgument;
+    ZoningObject object;
+    int code = withStore(queue, false, [&](Store &store) {
+        return findObject(store, instance_id, kind, &object) ? kOk : kErrNotFound;
+    });
+    if (code != kOk) return code;
+    Record *made = newRecord<Record>(object);
+    if (made == nullptr) return kErrUnknown;
+    *record = made;
+    return kOk;
+}
+
+enum class Relation { Children, Parents, Members };
+
+// The relatives of the object of that kind named by the id, as a list.
+template <typename Record>
+int relatives(int queue, const char *instance_id, ObjectKind kind, Relation relation,
+              Record **list) {
+    if (instance_id == nullptr || list == nullptr) return kErrInvalidArgument;
+    std::vector<ZoningObject> found;
+    int code = withStore(queue, false, [&](Store &store) {
+        ZoningObject object;
+        if (!findObject(store, instance_id, kind, &object)) return kErrNotFound;
+        found = relation == Relation::Children ? store.children(object) : store.parents(object);
+        return kOk;
+    });
+    return code != kOk ? code : toList(found, list);
+}
+
+int membersOf(int queue, const char *instance_id, ObjectKind kind, ZoneMemberRecord **list) {
+    if (instance_id == nullptr || list == nullptr) return kErrInvalidArgument;
+    std::vector<Member> found;
+    int code = withStore(queue, false, [&](Store &store) {
+        ZoningObject object;
+        if (!findObject(store, instance_id, kind, &object)) return kErrNotFound;
+        found = store.members(object);
+        return kOk;
+    });
+    return code != kOk ? code : toList(found, list);
+}
+
+// The member named by a member InstanceID, as stored.
+int findMember(Store &store, const char *instance_id, Member *out) {
+    Member named;
+    if (int code = memberFromInstanceId(instance_id, &named)) return code;
+    return store.member(named.vsan, named.active, named.code, named.key, out) ? kOk : kErrNotFound;
+}
+
+int memberById(int queue, const char *instance_id, ZoneMemberRecord **record) {
+    if (instance_id == nullptr || record == nullptr) return kErrInvalidArgument;
+    Member member;
+    int code = withStore(queue, false,
+                         [&](Store &store) { return findMember(store, instance_id, &member); });
+    if (code != kOk) return code;
+    ZoneMemberRecord *made = newRecord<ZoneMemberRecord>(member);
+    if (made == nullptr) return kErrUnknown;
+    *record = made;
+    return kOk;
+}
+
+// Appends the zones (or aliases) holding the member to the generic list,
+// making the list when the caller's variable holds none.
+template <typename Record>
+int memberParents(int queue, const char *instance_id, ObjectKind parent_kind, cim_g_slist **list) {
+    if (instance_id == nullptr || list == nullptr) return kErrInvalidArgument;
+    std::vector<ZoningObject> parents;
+    int code = withStore(queue, false, [&](Store &store) {
+        Member member;
+        if (int rc = findMember(store, instance_id, &member)) return rc;
+        parents = store.memberParents(member, parent_kind);
+        return kOk;
+    });
+    if (code != kOk) return code;
+    if (*list == nullptr && (*list = cim_g_slist_alloc()) == nullptr) return kErrUnknown;
+    for (const ZoningObject &parent : parents) {
+        Record *record = newRecord<Record>(parent);
+        if (record == nullptr) return kErrUnknown;
+        if (!appendToList(*list, record)) {
+            std::free(record);
+            return kErrUnknown;
+        }
+    }
+    return kOk;
+}
+
+template <typename Record>
+int objectByNumber(int queue, ObjectKind kind, int number, int vsan, int active, int *found,
+                   Record **record) {
+    ZoningObject object;
+    bool exists = false;
+    int code = withStore(queue, false, [&](Store &store) {
+        if (!store.vsan(vsan, nullptr)) return kErrVsanNotConfigured;
+        exists = store.object(vsan, active != 0, kind, number, &object);
+        return kOk;
+    });
+    if (code != kOk || !exists) return code;
+    if (record != nullptr) {
+        Record *made = newRecord<Record>(object);
+        if (made == nullptr) return kErrUnknown;
+        *record = made;
+    }
+    if (found != nullptr) *found = 1;
+    return kOk;
+}
+
+}  // namespace
+}  // namespace zonesim
+
+using namespace zonesim;
+
+#pragma GCC visibility push(default)
+extern "C" {
+
+int zs_cim_get_all_active_zone_sets(int queue, int vsan, int *count, ZoneSetRecord **records) {
+    return allObjects(queue, vsan, true, ObjectKind::ZoneSet, count, records);
+}
+int zs_cim_get_all_non_active_zone_sets(int queue, int vsan, int *count, ZoneSetRecord **records) {
+    return allObjects(queue, vsan, false, ObjectKind::ZoneSet, count, records);
+}
+int zs_cim_get_all_active_zones(int queue, int vsan, int *count, ZoneRecord **records) {
+    return allObjects(queue, vsan, true, ObjectKind::Zone, count, records);
+}
+int zs_cim_get_all_non_active_zones(int queue, int vsan, int *count, ZoneRecord **records) {
+    return allObjects(queue, vsan, false, ObjectKind::Zone, count, records);
+}
+int zs_cim_get_all_active_zone_aliases(int queue, int vsan, int *count, ZoneAliasRecord **records) {
+    return allObjects(queue, vsan, true, ObjectKind::Alias, count, records);
+}
+int zs_cim_get_all_non_active_zone_aliases(int queue, int vsan, int *count,
+                                           ZoneAliasRecord **records) {
+    return allObjects(queue, vsan, false, ObjectKind::Alias, count, records);
+}
+int zs_cim_get_all_active_zone_members(int queue, int vsan, int *count, ZoneMemberRecord **list) {
+    return allMembers(queue, vsan, true, count, list);
+}
+int zs_cim_get_all_non_active_zone_members(int queue, int vsan, int *count,
+                                           ZoneMemberRecord **list) {
+    return allMembers(queue, vsan, false, count, list);
+}
+
+int zs_cim_get_zone_set_by_instance_id(int queue, const char *instance_id, ZoneSetRecord **record) {
+    return objectById(queue, instance_id, ObjectKind::ZoneSet, record);
+}
+int zs_cim_get_zone_by_instance_id(int queue, const char *instance_id, ZoneRecord **record) {
+    return objectById(queue, instance_id, ObjectKind::Zone, record);
+}
+int zs_cim_get_zone_alias_by_instance_id(int queue, const char *instance_id,
+                                         ZoneAliasRecord **record) {
+    return objectById(queue, instance_id, ObjectKind::Alias, record);
+}
+int zs_cim_get_zone_member_by_instance_id(int queue, const char *instance_id,
+                                          ZoneMemberRecord **record) {
+    return memberById(queue, instance_id, record);
+}
+
+int zs_cim_get_zone_set_zones_by_instance_id(int queue, const char *zone_set_id,
+                                             ZoneRecord **list) {
+    return relatives(queue, zone_set_id, ObjectKind::ZoneSet, Relation::Children, list);
+}
+int zs_cim_get_zone_zone_set_parents_by_instance_id(int queue, const char *zone_id,
+                                                    ZoneSetRecord **list) {
+    return relatives(queue, zone_id, ObjectKind::Zone, Relation::Parents, list);
+}
+int zs_cim_get_zone_zone_aliases_by_instance_id(int queue, const char *zone_id,
+                                                ZoneAliasRecord **list) {
+    return relatives(queue, zone_id, ObjectKind::Zone, Relation::Children, list);
+}
+int zs_cim_get_zone_zone_members_by_instance_id(int queue, const char *zone_id,
+                                                ZoneMemberRecord **list) {
+    return membersOf(queue, zone_id, ObjectKind::Zone, list);
+}
+int zs_cim_get_zone_alias_zone_parents_by_instance_id(int queue, const char *alias_id,
+                                                      ZoneRecord **list) {
+    return relatives(queue, alias_id, ObjectKind::Alias, Relation::Parents, list);
+}
+int zs_cim_get_zone_alias_zone_members_by_instance_id(int queue, const char *alias_id,
+                                                      ZoneMemberRecord **list) {
+    return membersOf(queue, alias_id, ObjectKind::Alias, list);
+}
+int zs_cim_get_zone_member_zone_parents_by_instance_id(int queue, const char *member_id,
+                                                       cim_g_slist **list) {
+    return memberParents<ZoneRecord>(queue, member_id, ObjectKind::Zone, list);
+}
+int zs_cim_get_zone_member_zone_alias_parents_by_instance_id(int queue, const char *member_id,
+                                                             cim_g_slist **list) {
+    return memberParents<ZoneAliasRecord>(queue, member_id, ObjectKind::Alias, list);
+}
+
+int zs_cim_get_zone_set(int queue, int zone_set_number, int vsan, int active, int *found,
+                        ZoneSetRecord **record) {
+    return objectByNumber(queue, ObjectKind::ZoneSet, zone_set_number, vsan, active, found, record);
+}
+int zs_cim_get_zone(int queue, int zone_number, int vsan, int active, int *found,
+                    ZoneRecord **record) {
+    return objectByNumber(queue, ObjectKind::Zone, zone_number, vsan, active, found, record);
+}
+
+int zs_cim_get_fields_from_generic_instance_id(const char *instance_id, int *vsan, int *number,
+                                               int *active) {
+    GenericId id;
+    if (instance_id == nullptr || vsan == nullptr || number == nullptr || active == nullptr ||
+        !parseGenericId(instance_id, &id))
+        return kErrInvalidArgument;
+    *vsan = id.vsan;
+    *number = id.number;
+    *active = id.active;
+    return kOk;
+}
+
+int zs_cim_get_fields_from_member_instance_id(const char *instance_id, int *vsan,
+                                              uint8_t *member_type, unsigned char *value,
+                                              int *value_length, int *active, int reserved) {
+    if (vsan == nullptr || member_type == nullptr || value == nullptr || value_length == nullptr ||
+        active == nullptr || reserved != 0)
+        return kErrInvalidArgument;
+    return guarded([&] {
+        Member member;
+        if (int code = memberFromInstanceId(instance_id, &member)) return code;
+        *vsan = member.vsan;
+        *member_type = member.code;
+        std::memcpy(value, member.value.data(), member.value.size());
+        *value_length = static_cast<int>(member.value.size());
+        *active = member.active ? 1 : 0;
+        return kOk;
+    });
+}
+
+}  // extern "C"
+#pragma GCC visibility pop
