@@ -23,7 +23,7 @@ Serving it on http://127.0.0.1:5988 ; try, from another shell:
   wbemcli ein 'http://localhost:5988/root/cimv2:VORNA_ZoneService'
   wbemcli ei  'http://localhost:5988/root/cimv2:VORNA_Zone'
   wbemcli ain -ac VORNA_ZoneMemberOfCollection 'http://localhost:5988/root/cimv2:VORNA_ZoneSet.InstanceID="10^1^1"'
-  wbemcli cm  'http://localhost:5988/root/cimv2:VORNA_ZoneService.Name="10"' 'CreateZoneSet.ZoneSetName="lab_zs"'
+  wbemcli cm  'http://localhost:5988/root/cimv2:VORNA_ZoneService.SystemCreationClassName="VORNA_Vsan",SystemName="10",CreationClassName="VORNA_ZoneService",Name="10"' 'CreateZoneSet.ZoneSetName="lab_zs"'
 or, without a server, the same through the command line tool:
   ZONE_SIM_DB=$ZONE_SIM_DB $zonecim ei 'root/cimv2:VORNA_Zone'
 Stop with Ctrl-C.

@@ -70,6 +70,11 @@ struct ContainmentFamily {
     First first;  // passes over the first kind of parent in every VSAN
     Last last;    // then over the second kind
 };
+// Spelled out for compilers without class template argument deduction for
+// aggregates (clang before 17).
+template <typename First, typename Last>
+ContainmentFamily(const char *, std::string_view, std::string_view, PairInstanceBuilder, First,
+                  Last) -> ContainmentFamily<First, Last>;
 
 enum class Deliver { Instances, Names };
 

@@ -52,11 +52,14 @@ const ElementType *elementType(CMPIType type) {
 // Copies only the bytes the type occupies: providers pass the address of a
 // plain variable (a CMPIUint16, a CMPIString*), not a whole CMPIValue. An
 // array value is its CMPIArray pointer.
-CMPIValue readValue(const CMPIValue &in, CMPIType type) {
+// Providers pass the address of a plain scalar (a uint16_t, a CMPIBoolean)
+// as the CMPIValue*, so only the type's own bytes are read, byte-wise, never
+// through a CMPIValue lvalue that would assume the union's alignment.
+CMPIValue readValue(const void *in, CMPIType type) {
     CMPIValue out;
     std::memset(&out, 0, sizeof out);
     const ElementType *element = (type & CMPI_ARRAY) ? nullptr : elementType(type);
-    std::memcpy(&out, &in, element ? element->bytes : kPointer);
+    std::memcpy(&out, in, element ? element->bytes : kPointer);
     return out;
 }
 
@@ -141,7 +144,7 @@ CMPIrc storeValue(Arena &arena, const CMPIValue *value, CMPIType type, CMPIData 
     CMPIData data;
     data.type = type;
     data.state = CMPI_goodValue;
-    data.value = readValue(*value, type);
+    data.value = readValue(value, type);
     if (type & CMPI_ARRAY) {
         // An array keeps the element type it was made with (chars as string).
         auto *array = stateOf<ArrayState>(data.value.array);

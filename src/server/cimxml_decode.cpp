@@ -174,7 +174,8 @@ std::string class_name_of(const CMPIObjectPath *path) {
 }
 
 // The first child element of node whose name is one of names.
-pugi::xml_node first_child_named(pugi::xml_node node, std::initializer_list<std::string_view> names) {
+pugi::xml_node first_child_named(pugi::xml_node node,
+                                 std::initializer_list<std::string_view> names) {
     for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
         if (child.type() != pugi::node_element) continue;
         for (std::string_view name : names)
@@ -236,8 +237,7 @@ TypedValue value_from_text(std::string_view text, CimType type, std::string_view
             break;
         case CimType::Boolean: {
             const auto flag = boolean_from_text(text);
-            if (!flag)
-                refuse(std::string(what) + ": \"" + std::string(text) + "\" is no boolean");
+            if (!flag) refuse(std::string(what) + ": \"" + std::string(text) + "\" is no boolean");
             v.boolean = *flag ? 1 : 0;
             break;
         }
@@ -248,9 +248,8 @@ TypedValue value_from_text(std::string_view text, CimType type, std::string_view
             break;
         }
         case CimType::Datetime:
-            v.dateTime =
-                broker()->eft->newDateTimeFromChars(broker(), std::string(trimmed(text)).c_str(),
-                                                    nullptr);
+            v.dateTime = broker()->eft->newDateTimeFromChars(
+                broker(), std::string(trimmed(text)).c_str(), nullptr);
             if (v.dateTime == nullptr)
                 refuse(std::string(what) + ": \"" + std::string(text) + "\" is no datetime");
             break;
@@ -344,8 +343,8 @@ TypedValue Decoder::key_value(const std::string &class_name, std::string_view ke
     const zoneschema::Property *declared = schema_.find_property(class_name, key);
     if (pugi::xml_node ref = binding.child("VALUE.REFERENCE")) {
         if (declared != nullptr && declared->type != CimType::Reference)
-            refuse(what + ": a reference where " + std::string(zoneschema::type_name(declared->type)) +
-                   " is declared");
+            refuse(what + ": a reference where " +
+                   std::string(zoneschema::type_name(declared->type)) + " is declared");
         TypedValue typed = good(CMPI_ref);
         typed.value.ref = reference(ref, depth + 1);
         return typed;
@@ -451,8 +450,8 @@ TypedValue Decoder::declared_value(pugi::xml_node holder, CimType type, bool arr
     std::vector<pugi::xml_node> items;
     for (pugi::xml_node item = list.first_child(); item; item = item.next_sibling())
         if (item.type() == pugi::node_element) items.push_back(item);
-    CMPIArray *cmpi_array = broker()->eft->newArray(
-        broker(), static_cast<CMPICount>(items.size()), element, nullptr);
+    CMPIArray *cmpi_array =
+        broker()->eft->newArray(broker(), static_cast<CMPICount>(items.size()), element, nullptr);
     if (cmpi_array == nullptr) throw CimError(kCimFailed, "can't make an array");
     for (std::size_t i = 0; i < items.size(); ++i) {
         if (std::strcmp(items[i].name(), "VALUE.NULL") == 0) continue;
@@ -475,7 +474,8 @@ TypedValue Decoder::undeclared_value(pugi::xml_node holder, std::string_view typ
     pugi::xml_node value = value_child(holder);
     const std::string_view shape = value ? value.name() : "";
     const bool array = shape == "VALUE.ARRAY" || shape == "VALUE.REFARRAY";
-    if (const auto type = type_from_name(type_text)) return declared_value(holder, *type, array, what);
+    if (const auto type = type_from_name(type_text))
+        return declared_value(holder, *type, array, what);
     if (shape == "VALUE.REFERENCE" || shape == "VALUE.REFARRAY")
         return declared_value(holder, CimType::Reference, array, what);
     return declared_value(holder, CimType::String, array, what);

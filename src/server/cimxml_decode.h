@@ -44,8 +44,7 @@ CMPIType cmpi_type(zoneschema::CimType type);
 
 // The text of a VALUE (or any element) as a value of the type; throws
 // CimError 4 naming what (e.g. "key Name of class X") when it isn't one.
-TypedValue value_from_text(std::string_view text, zoneschema::CimType type,
-                           std::string_view what);
+TypedValue value_from_text(std::string_view text, zoneschema::CimType type, std::string_view what);
 
 // "root/cimv2" from <LOCALNAMESPACEPATH><NAMESPACE NAME="root"/>...
 std::string namespace_path(pugi::xml_node local_namespace_path);

@@ -16,12 +16,12 @@ struct TypeName {
 };
 
 static constexpr TypeName kTypeNames[] = {
-    {CMPI_boolean, "boolean"}, {CMPI_char16, "char16"},     {CMPI_real32, "real32"},
-    {CMPI_real64, "real64"},   {CMPI_uint8, "uint8"},       {CMPI_uint16, "uint16"},
-    {CMPI_uint32, "uint32"},   {CMPI_uint64, "uint64"},     {CMPI_sint8, "sint8"},
-    {CMPI_sint16, "sint16"},   {CMPI_sint32, "sint32"},     {CMPI_sint64, "sint64"},
-    {CMPI_string, "string"},   {CMPI_chars, "string"},      {CMPI_dateTime, "datetime"},
-    {CMPI_ref, "reference"},   {CMPI_instance, "string"},   {CMPI_charsptr, "string"},
+    {CMPI_boolean, "boolean"}, {CMPI_char16, "char16"},   {CMPI_real32, "real32"},
+    {CMPI_real64, "real64"},   {CMPI_uint8, "uint8"},     {CMPI_uint16, "uint16"},
+    {CMPI_uint32, "uint32"},   {CMPI_uint64, "uint64"},   {CMPI_sint8, "sint8"},
+    {CMPI_sint16, "sint16"},   {CMPI_sint32, "sint32"},   {CMPI_sint64, "sint64"},
+    {CMPI_string, "string"},   {CMPI_chars, "string"},    {CMPI_dateTime, "datetime"},
+    {CMPI_ref, "reference"},   {CMPI_instance, "string"}, {CMPI_charsptr, "string"},
 };
 
 bool is_null(const CMPIData &data) {
@@ -70,8 +70,7 @@ std::string scalar_text(CMPIType type, const CMPIValue &v) {
         case CMPI_chars:
             return v.chars != nullptr ? v.chars : "";
         case CMPI_charsptr:
-            return v.dataPtr.ptr != nullptr ? *static_cast<const char *const *>(v.dataPtr.ptr)
-                                            : "";
+            return v.dataPtr.ptr != nullptr ? *static_cast<const char *const *>(v.dataPtr.ptr) : "";
         case CMPI_boolean:
             return v.boolean ? "TRUE" : "FALSE";
         case CMPI_char16:
@@ -164,7 +163,8 @@ void write_local_namespace(XmlWriter &out, std::string_view ns) {
     while (start <= ns.size()) {
         std::size_t end = ns.find('/', start);
         if (end == std::string_view::npos) end = ns.size();
-        if (end > start) out.open("NAMESPACE").attribute("NAME", ns.substr(start, end - start)).close();
+        if (end > start)
+            out.open("NAMESPACE").attribute("NAME", ns.substr(start, end - start)).close();
         start = end + 1;
     }
     out.close();
@@ -274,8 +274,9 @@ void Encoder::property(XmlWriter &out, const std::string &class_name, std::strin
                        const CMPIData &data) const {
     const bool null = is_null(data);
     if ((data.type & CMPI_ARRAY) != 0) {
-        out.open("PROPERTY.ARRAY").attribute("NAME", name).attribute("TYPE",
-                                                                     cim_type_name(data.type));
+        out.open("PROPERTY.ARRAY")
+            .attribute("NAME", name)
+            .attribute("TYPE", cim_type_name(data.type));
         value(out, data);
         out.close();
         return;
@@ -367,8 +368,7 @@ void Encoder::return_value(XmlWriter &out, const CMPIData &data) const {
 
 void Encoder::param_value(XmlWriter &out, std::string_view name, const CMPIData &data) const {
     if (is_null(data)) return;
-    out.open("PARAMVALUE").attribute("NAME", name).attribute("PARAMTYPE",
-                                                             cim_type_name(data.type));
+    out.open("PARAMVALUE").attribute("NAME", name).attribute("PARAMTYPE", cim_type_name(data.type));
     if (data.type == CMPI_instance) out.attribute("EmbeddedObject", "instance");
     value(out, data);
     out.close();

@@ -69,8 +69,7 @@ class Encoder {
     // INSTANCE: the properties the provider set, in that order, then the
     // properties of the class that it left unset, as NULL; only those the
     // filter allows.
-    void instance(XmlWriter &out, const CMPIInstance *instance,
-                  const PropertyFilter &filter) const;
+    void instance(XmlWriter &out, const CMPIInstance *instance, const PropertyFilter &filter) const;
     // VALUE.NAMEDINSTANCE: INSTANCENAME and INSTANCE.
     void named_instance(XmlWriter &out, const CMPIInstance *instance,
                         const PropertyFilter &filter) const;

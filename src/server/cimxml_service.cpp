@@ -89,8 +89,9 @@ void check_version(pugi::xml_node node, const char *attribute, std::string_view 
     const std::string_view version = node.attribute(attribute).value();
     if (version.empty()) not_valid(std::string(node.name()) + " without " + attribute);
     if (version.substr(0, major.size()) != major)
-        throw ProtocolError(501, unsupported,
-                            std::string(attribute) + " " + std::string(version) + " is not supported");
+        throw ProtocolError(
+            501, unsupported,
+            std::string(attribute) + " " + std::string(version) + " is not supported");
 }
 
 Envelope read_envelope(const pugi::xml_document &doc) {
@@ -109,7 +110,8 @@ Envelope read_envelope(const pugi::xml_document &doc) {
     pugi::xml_node call = request.child("IMETHODCALL");
     if (!call) call = request.child("METHODCALL");
     if (!call) not_valid("SIMPLEREQ without IMETHODCALL or METHODCALL");
-    if (call.attribute("NAME").value()[0] == '\0') not_valid(std::string(call.name()) + " without NAME");
+    if (call.attribute("NAME").value()[0] == '\0')
+        not_valid(std::string(call.name()) + " without NAME");
     return {message.attribute("ID").value(), call};
 }
 
@@ -129,8 +131,7 @@ void write_error(XmlWriter &out, const CimError &error) {
 
 // The namespace of a LOCALNAMESPACEPATH, as the schema spells it.
 std::string served_namespace(const zoneschema::Schema &schema, pugi::xml_node local_namespace) {
-    if (!local_namespace)
-        throw CimError(kCimInvalidNamespace, "the request names no namespace");
+    if (!local_namespace) throw CimError(kCimInvalidNamespace, "the request names no namespace");
     const std::string ns = namespace_path(local_namespace);
     if (!same(ns, schema.default_namespace()))
         throw CimError(kCimInvalidNamespace, "Invalid namespace " + ns);
@@ -140,9 +141,11 @@ std::string served_namespace(const zoneschema::Schema &schema, pugi::xml_node lo
 // The class a call is about, for the request log.
 std::string subject_of(pugi::xml_node call) {
     for (pugi::xml_node child = call.first_child(); child; child = child.next_sibling()) {
-        if (pugi::xml_node name = child.child("INSTANCENAME")) return name.attribute("CLASSNAME").value();
+        if (pugi::xml_node name = child.child("INSTANCENAME"))
+            return name.attribute("CLASSNAME").value();
         if (pugi::xml_node name = child.child("CLASSNAME")) return name.attribute("NAME").value();
-        if (pugi::xml_node name = child.child("INSTANCE")) return name.attribute("CLASSNAME").value();
+        if (pugi::xml_node name = child.child("INSTANCE"))
+            return name.attribute("CLASSNAME").value();
     }
     return {};
 }
@@ -186,14 +189,13 @@ Answer CimXmlService::handle(std::string_view body) const {
     Answer answer;
     try {
         pugi::xml_document doc;
-        const pugi::xml_parse_result parsed =
-            doc.load_buffer(body.data(), body.size(),
-                            pugi::parse_default | pugi::parse_ws_pcdata_single,
-                            pugi::encoding_utf8);
+        const pugi::xml_parse_result parsed = doc.load_buffer(
+            body.data(), body.size(), pugi::parse_default | pugi::parse_ws_pcdata_single,
+            pugi::encoding_utf8);
         if (!parsed)
-            throw ProtocolError(400, "request-not-well-formed",
-                                std::string(parsed.description()) + " at offset " +
-                                    std::to_string(parsed.offset));
+            throw ProtocolError(
+                400, "request-not-well-formed",
+                std::string(parsed.description()) + " at offset " + std::to_string(parsed.offset));
         const Envelope envelope = read_envelope(doc);
         const std::string name = envelope.call.attribute("NAME").value();
         const bool intrinsic = std::string_view(envelope.call.name()) == "IMETHODCALL";
@@ -235,8 +237,8 @@ void run_intrinsic(const Backend &backend, cmpihost::Request &request, pugi::xml
     if (op == nullptr)
         throw CimError(kCimNotSupported, "The requested operation is not supported: " + name);
     const std::string ns = served_namespace(schema, call.child("LOCALNAMESPACEPATH"));
-    ops::Call context{backend.provider, schema, request, ns, Encoder(schema, ns, backend.host),
-                      Decoder(schema, ns), {}, {}, true};
+    ops::Call context{backend.provider,    schema, request, ns,  Encoder(schema, ns, backend.host),
+                      Decoder(schema, ns), {},     {},      true};
     for (pugi::xml_node param : call.children("IPARAMVALUE")) {
         const std::string_view param_name = param.attribute("NAME").value();
         if (!accepts(*op, param_name))
@@ -255,7 +257,8 @@ void run_extrinsic(const Backend &backend, cmpihost::Request &request, pugi::xml
     pugi::xml_node target_node = call.child("LOCALINSTANCEPATH");
     if (!target_node) target_node = call.child("LOCALCLASSPATH");
     if (!target_node)
-        throw CimError(kCimInvalidParameter, "METHODCALL without LOCALINSTANCEPATH or LOCALCLASSPATH");
+        throw CimError(kCimInvalidParameter,
+                       "METHODCALL without LOCALINSTANCEPATH or LOCALCLASSPATH");
     const std::string ns = served_namespace(schema, target_node.child("LOCALNAMESPACEPATH"));
     const Decoder decoder(schema, ns);
     const CMPIObjectPath *target = decoder.reference(target_node);

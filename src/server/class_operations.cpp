@@ -4,8 +4,8 @@
 // IncludeClassOrigin and DeepInheritance FALSE.
 #include <vector>
 
-#include "server/class_xml.h"
 #include "server/cim_status.h"
+#include "server/class_xml.h"
 #include "server/operations.h"
 
 namespace zoneserver::ops {
@@ -48,8 +48,7 @@ std::vector<const Class *> classes_below(const Call &call) {
 void get_class(Call &call) {
     const std::string name = call.params.required_class_name("ClassName");
     const Class *cls = call.schema.find(name);
-    if (cls == nullptr)
-        throw CimError(kCimNotFound, "The specified class does not exist: " + name);
+    if (cls == nullptr) throw CimError(kCimNotFound, "The specified class does not exist: " + name);
     write_class(call.result, call.schema, *cls, class_view(call, true));
 }
 

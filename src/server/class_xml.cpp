@@ -57,9 +57,8 @@ void origin_attributes(XmlWriter &out, const ClassView &view, const Origin &orig
     if (origin.propagated) out.attribute("PROPAGATED", "true");
 }
 
-void write_property(XmlWriter &out, const zoneschema::Schema &schema,
-                    const zoneschema::Class &cls, const zoneschema::Property &property,
-                    const ClassView &view) {
+void write_property(XmlWriter &out, const zoneschema::Schema &schema, const zoneschema::Class &cls,
+                    const zoneschema::Property &property, const ClassView &view) {
     const bool reference = property.type == CimType::Reference;
     if (reference && !property.array) {
         out.open("PROPERTY.REFERENCE").attribute("NAME", property.name);
@@ -97,8 +96,9 @@ void write_parameter(XmlWriter &out, const zoneschema::Parameter &parameter,
 
 void write_method(XmlWriter &out, const zoneschema::Schema &schema, const zoneschema::Class &cls,
                   const zoneschema::Method &method, const ClassView &view) {
-    out.open("METHOD").attribute("NAME", method.name).attribute(
-        "TYPE", zoneschema::type_name(method.return_type));
+    out.open("METHOD")
+        .attribute("NAME", method.name)
+        .attribute("TYPE", zoneschema::type_name(method.return_type));
     origin_attributes(out, view, method_origin(schema, cls, method.name));
     for (const auto &parameter : method.parameters) write_parameter(out, parameter, view);
     out.close();

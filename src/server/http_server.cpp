@@ -12,8 +12,8 @@
 #include <atomic>
 #include <charconv>
 #include <chrono>
-#include <csignal>
 #include <condition_variable>
+#include <csignal>
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -195,8 +195,8 @@ void answer_not_implemented(const httplib::Request &, httplib::Response &res) {
     res.status = 501;
 }
 
-void configure(httplib::Server &server, const ServeOptions &options,
-               const CimXmlService &service, const Credentials &credentials) {
+void configure(httplib::Server &server, const ServeOptions &options, const CimXmlService &service,
+               const Credentials &credentials) {
     const std::size_t threads = options.threads == 0 ? 1 : options.threads;
     server.new_task_queue = [threads] { return new httplib::ThreadPool(threads); };
     server.set_payload_max_length(options.max_body);

@@ -133,7 +133,8 @@ const CMPIObjectPath *instance_name_param(Call &call, std::string_view param) {
 enum class AssociationOperation { Associators, AssociatorNames, References, ReferenceNames };
 
 bool names_only(AssociationOperation op) {
-    return op == AssociationOperation::AssociatorNames || op == AssociationOperation::ReferenceNames;
+    return op == AssociationOperation::AssociatorNames ||
+           op == AssociationOperation::ReferenceNames;
 }
 
 bool associator_side(AssociationOperation op) {
@@ -143,8 +144,8 @@ bool associator_side(AssociationOperation op) {
 // The association-class filters to ask the provider with: the filter as
 // given when it is absent, unknown to the schema or served itself; else one
 // per served association class below it (none: nothing can match).
-std::vector<std::optional<std::string>> association_filters(const zoneschema::Schema &schema,
-                                                            const std::optional<std::string> &filter) {
+std::vector<std::optional<std::string>> association_filters(
+    const zoneschema::Schema &schema, const std::optional<std::string> &filter) {
     if (!filter) return {std::nullopt};
     const Class *cls = schema.find(*filter);
     if (cls == nullptr || cls->provider.association) return {filter};
@@ -200,8 +201,7 @@ void association_operation(Call &call, AssociationOperation op) {
     const CMPIObjectPath *source = association_source(call);
     // The association class is AssocClass on the associator side and
     // ResultClass on the reference side.
-    const auto filter =
-        call.params.class_name(associator_side(op) ? "AssocClass" : "ResultClass");
+    const auto filter = call.params.class_name(associator_side(op) ? "AssocClass" : "ResultClass");
     const auto filters = association_filters(call.schema, filter);
     PropertyFilter properties(names_only(op) ? std::nullopt : call.params.property_list());
 
@@ -234,8 +234,8 @@ std::string query_class(std::string_view query) {
     std::size_t start = from + 6;
     while (start < query.size() && query[start] == ' ') ++start;
     std::size_t end = start;
-    while (end < query.size() && (std::isalnum(static_cast<unsigned char>(query[end])) ||
-                                  query[end] == '_'))
+    while (end < query.size() &&
+           (std::isalnum(static_cast<unsigned char>(query[end])) || query[end] == '_'))
         ++end;
     return std::string(query.substr(start, end - start));
 }
@@ -301,7 +301,8 @@ void create_instance(Call &call) {
 }
 
 void modify_instance(Call &call) {
-    const pugi::xml_node node = call.params.required_child("ModifiedInstance", "VALUE.NAMEDINSTANCE");
+    const pugi::xml_node node =
+        call.params.required_child("ModifiedInstance", "VALUE.NAMEDINSTANCE");
     const pugi::xml_node name = node.child("INSTANCENAME");
     const pugi::xml_node body = node.child("INSTANCE");
     if (!name || !body)

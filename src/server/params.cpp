@@ -88,7 +88,8 @@ std::optional<std::vector<std::string>> Params::property_list() const {
     if (!param) return std::nullopt;
     const pugi::xml_node list = first_element(param);
     if (!list || std::strcmp(list.name(), "VALUE.NULL") == 0) return std::nullopt;
-    if (std::strcmp(list.name(), "VALUE.ARRAY") != 0) refuse("PropertyList", "a VALUE.ARRAY is expected");
+    if (std::strcmp(list.name(), "VALUE.ARRAY") != 0)
+        refuse("PropertyList", "a VALUE.ARRAY is expected");
     std::vector<std::string> names;
     for (pugi::xml_node value : list.children("VALUE")) names.emplace_back(value.child_value());
     return names;

@@ -26,9 +26,9 @@ struct ServeOptions {
     std::string provider;                   // provider library to load
     std::optional<std::string> user;        // with password_file: HTTP Basic credentials
     std::optional<std::string> password_file;
-    bool trace = false;                // provider trace lines to standard error
-    std::size_t threads = 8;           // worker threads, one connection each at a time
-    std::size_t max_body = 4u << 20;   // larger request bodies get 413
+    bool trace = false;               // provider trace lines to standard error
+    std::size_t threads = 8;          // worker threads, one connection each at a time
+    std::size_t max_body = 4u << 20;  // larger request bodies get 413
 };
 
 struct ListenAddress {

@@ -3,7 +3,8 @@
 // Every object is made through the broker the caller passes in and belongs
 // to that broker; nothing here is released. A builder answers null when the
 // object can't be made: no broker, no record, a missing reference, or a
-// broker call that fails.
+// broker call that fails. In the test mode of fault_injection.h every
+// builder call is counted and may be made to answer null.
 //
 // Keys of the object paths (host: getCSName(), namespace and class as given):
 //   zone set, zone, alias, member   InstanceID (the record's)
@@ -29,6 +30,7 @@
 #include <cmpift.h>
 
 #include "platform/zoning_platform.h"
+#include "sim/fault_injection.h"
 #include "sim/member_types.h"
 #include "sim/sim_records.h"
 
@@ -312,6 +314,7 @@ extern "C" {
 CMPIInstance *zone_service_build_instance(const char *cls, const char *ns, int vsan,
                                           const char **props, int /*queue*/,
                                           const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     NumberText name(vsan);
     char element_name[48];
     std::snprintf(element_name, sizeof element_name, "Zone service of VSAN %d", vsan);
@@ -327,6 +330,7 @@ CMPIInstance *zone_service_build_instance(const char *cls, const char *ns, int v
 
 CMPIObjectPath *zone_service_fill_reference(const char *cls, const char *ns, int vsan,
                                             const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     return zone_service_path(cls, ns, vsan, broker);
 }
 
@@ -334,6 +338,7 @@ CMPIObjectPath *zone_service_fill_reference(const char *cls, const char *ns, int
 CMPIInstance *hosted_service_build_instance(const char *cls, const char *ns, const VsanEntry *vsan,
                                             const DomainEntry * /*domain*/, const char **props,
                                             const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (vsan == nullptr) return nullptr;
     return link_instance(cls, ns, kHostingRoles, vsan_end(ns, vsan, broker),
                          zone_service_path(kZoneServiceClass, ns, vsan->vsan, broker), props,
@@ -343,6 +348,7 @@ CMPIInstance *hosted_service_build_instance(const char *cls, const char *ns, con
 CMPIObjectPath *hosted_service_fill_reference(const char *cls, const char *ns,
                                               const VsanEntry *vsan, const DomainEntry * /*domain*/,
                                               const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (vsan == nullptr) return nullptr;
     return link_path(cls, ns, kHostingRoles, vsan_end(ns, vsan, broker),
                      zone_service_path(kZoneServiceClass, ns, vsan->vsan, broker), broker);
@@ -352,6 +358,7 @@ CMPIObjectPath *hosted_service_fill_reference(const char *cls, const char *ns,
 
 CMPIInstance *zone_set_build_instance(const char *cls, const char *ns, const ZoneSetRecord *record,
                                       const char **props, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (record == nullptr) return nullptr;
     FieldText id(record->instance_id);
     FieldText name(record->name);
@@ -363,11 +370,13 @@ CMPIInstance *zone_set_build_instance(const char *cls, const char *ns, const Zon
 
 CMPIObjectPath *zone_set_fill_reference(const char *cls, const char *ns,
                                         const ZoneSetRecord *record, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     return record_path(cls, ns, record, broker);
 }
 
 CMPIInstance *zone_build_instance(const char *cls, const char *ns, const ZoneRecord *record,
                                   const char **props, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (record == nullptr) return nullptr;
     FieldText id(record->instance_id);
     FieldText name(record->name);
@@ -380,12 +389,14 @@ CMPIInstance *zone_build_instance(const char *cls, const char *ns, const ZoneRec
 
 CMPIObjectPath *zone_fill_reference(const char *cls, const char *ns, const ZoneRecord *record,
                                     const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     return record_path(cls, ns, record, broker);
 }
 
 CMPIInstance *zone_alias_build_instance(const char *cls, const char *ns,
                                         const ZoneAliasRecord *record, const char **props,
                                         const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (record == nullptr) return nullptr;
     FieldText id(record->instance_id);
     FieldText name(record->name);
@@ -398,12 +409,14 @@ CMPIInstance *zone_alias_build_instance(const char *cls, const char *ns,
 
 CMPIObjectPath *zone_alias_fill_reference(const char *cls, const char *ns,
                                           const ZoneAliasRecord *record, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     return record_path(cls, ns, record, broker);
 }
 
 CMPIInstance *zone_member_build_instance(const char *cls, const char *ns,
                                          const ZoneMemberRecord *record, const char **props,
                                          const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (record == nullptr) return nullptr;
     FieldText id(record->instance_id);
     FieldText member(record->member_value);
@@ -418,6 +431,7 @@ CMPIInstance *zone_member_build_instance(const char *cls, const char *ns,
 CMPIObjectPath *zone_member_fill_reference(const char *cls, const char *ns,
                                            const ZoneMemberRecord *record,
                                            const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     return record_path(cls, ns, record, broker);
 }
 
@@ -426,6 +440,7 @@ CMPIObjectPath *zone_member_fill_reference(const char *cls, const char *ns,
 CMPIInstance *device_alias_build_instance(const char *cls, const char *ns,
                                           const DeviceAliasEntry *entry, const char **props,
                                           const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (entry == nullptr) return nullptr;
     char pwwn[24];
     zonesim::format_wwn(entry->pwwn, pwwn);
@@ -439,6 +454,7 @@ CMPIInstance *device_alias_build_instance(const char *cls, const char *ns,
 CMPIObjectPath *device_alias_fill_reference(const char *cls, const char *ns,
                                             const DeviceAliasEntry *entry,
                                             const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (entry == nullptr) return nullptr;
     char pwwn[24];
     zonesim::format_wwn(entry->pwwn, pwwn);
@@ -450,6 +466,7 @@ CMPIObjectPath *device_alias_fill_reference(const char *cls, const char *ns,
 CMPIInstance *esd_build_instance(const char *cls, const char *ns, const CMPIObjectPath *element,
                                  const CMPIObjectPath *setting, const char **props,
                                  const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     return link_instance(cls, ns, kSettingRoles, element, setting, props, broker);
 }
 
@@ -457,6 +474,7 @@ CMPIObjectPath *esd_fill_reference_zoneZoneMember(const char *cls, const char *n
                                                   const ZoneRecord *zone,
                                                   const ZoneMemberRecord *member,
                                                   const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (zone == nullptr || member == nullptr) return nullptr;
     return link_path(cls, ns, kSettingRoles, zone_end(ns, zone, broker),
                      member_end(ns, member, broker), broker);
@@ -466,6 +484,7 @@ CMPIObjectPath *esd_fill_reference_zoneAliasZoneMember(const char *cls, const ch
                                                        const ZoneAliasRecord *alias,
                                                        const ZoneMemberRecord *member,
                                                        const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (alias == nullptr || member == nullptr) return nullptr;
     return link_path(cls, ns, kSettingRoles, alias_end(ns, alias, broker),
                      member_end(ns, member, broker), broker);
@@ -475,6 +494,7 @@ CMPIInstance *esd_build_instance_zoneZoneMember(const char *cls, const char *ns,
                                                 const ZoneRecord *zone,
                                                 const ZoneMemberRecord *member, const char **props,
                                                 const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (zone == nullptr || member == nullptr) return nullptr;
     return link_instance(cls, ns, kSettingRoles, zone_end(ns, zone, broker),
                          member_end(ns, member, broker), props, broker);
@@ -484,6 +504,7 @@ CMPIInstance *esd_build_instance_zoneAliasZoneMember(const char *cls, const char
                                                      const ZoneAliasRecord *alias,
                                                      const ZoneMemberRecord *member,
                                                      const char **props, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (alias == nullptr || member == nullptr) return nullptr;
     return link_instance(cls, ns, kSettingRoles, alias_end(ns, alias, broker),
                          member_end(ns, member, broker), props, broker);
@@ -495,12 +516,14 @@ CMPIInstance *zmoc_build_instance_MemberCollection(const char *cls, const char *
                                                    const CMPIObjectPath *collection,
                                                    const CMPIObjectPath *member, const char **props,
                                                    const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     return link_instance(cls, ns, kCollectionRoles, collection, member, props, broker);
 }
 
 CMPIObjectPath *zmoc_fill_reference_zoneSetZone(const char *cls, const char *ns,
                                                 const ZoneSetRecord *zone_set,
                                                 const ZoneRecord *zone, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (zone_set == nullptr || zone == nullptr) return nullptr;
     return link_path(cls, ns, kCollectionRoles, zone_set_end(ns, zone_set, broker),
                      zone_end(ns, zone, broker), broker);
@@ -508,6 +531,7 @@ CMPIObjectPath *zmoc_fill_reference_zoneSetZone(const char *cls, const char *ns,
 
 CMPIObjectPath *zmoc_fill_reference(const char *cls, const char *ns, const ZoneRecord *zone,
                                     const ZoneAliasRecord *alias, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (zone == nullptr || alias == nullptr) return nullptr;
     return link_path(cls, ns, kCollectionRoles, zone_end(ns, zone, broker),
                      alias_end(ns, alias, broker), broker);
@@ -516,6 +540,7 @@ CMPIObjectPath *zmoc_fill_reference(const char *cls, const char *ns, const ZoneR
 CMPIInstance *zmoc_build_instance_zoneSetZone(const char *cls, const char *ns,
                                               const ZoneSetRecord *zone_set, const ZoneRecord *zone,
                                               const char **props, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (zone_set == nullptr || zone == nullptr) return nullptr;
     return link_instance(cls, ns, kCollectionRoles, zone_set_end(ns, zone_set, broker),
                          zone_end(ns, zone, broker), props, broker);
@@ -523,6 +548,7 @@ CMPIInstance *zmoc_build_instance_zoneSetZone(const char *cls, const char *ns,
 
 CMPIInstance *zmoc_build_instance(const char *cls, const char *ns, const ZoneRecord *zone,
                                   const ZoneAliasRecord *alias, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (zone == nullptr || alias == nullptr) return nullptr;
     return link_instance(cls, ns, kCollectionRoles, zone_end(ns, zone, broker),
                          alias_end(ns, alias, broker), nullptr, broker);
@@ -533,6 +559,7 @@ CMPIInstance *zmoc_build_instance(const char *cls, const char *ns, const ZoneRec
 CMPIInstance *vsan_build_instance(const char *cls, const char *ns, const VsanEntry *vsan,
                                   const DomainEntry * /*domain*/, const char **props,
                                   const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (vsan == nullptr) return nullptr;
     NumberText name(vsan->vsan);
     char element_name[SIM_NAME_LEN + 1];
@@ -547,6 +574,7 @@ CMPIInstance *vsan_build_instance(const char *cls, const char *ns, const VsanEnt
 
 CMPIObjectPath *vsan_fill_reference(const char *cls, const char *ns, const VsanEntry *vsan,
                                     const DomainEntry * /*domain*/, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (vsan == nullptr) return nullptr;
     return vsan_path(cls, ns, vsan->vsan, broker);
 }
@@ -556,6 +584,7 @@ CMPIInstance *hosted_collection_build_instance_zset(const char *cls, const char 
                                                     const DomainEntry * /*domain*/,
                                                     const ZoneSetRecord *zone_set,
                                                     const char **props, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (vsan == nullptr || zone_set == nullptr) return nullptr;
     return link_instance(cls, ns, kHostingRoles, vsan_end(ns, vsan, broker),
                          zone_set_end(ns, zone_set, broker), props, broker);
@@ -566,6 +595,7 @@ CMPIObjectPath *hosted_collection_fill_reference_zset(const char *cls, const cha
                                                       const DomainEntry * /*domain*/,
                                                       const ZoneSetRecord *zone_set,
                                                       const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (vsan == nullptr || zone_set == nullptr) return nullptr;
     return link_path(cls, ns, kHostingRoles, vsan_end(ns, vsan, broker),
                      zone_set_end(ns, zone_set, broker), broker);
@@ -576,6 +606,7 @@ CMPIInstance *hosted_collection_build_instance_zone(const char *cls, const char 
                                                     const DomainEntry * /*domain*/,
                                                     const ZoneRecord *zone,
                                                     const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (vsan == nullptr || zone == nullptr) return nullptr;
     return link_instance(cls, ns, kHostingRoles, vsan_end(ns, vsan, broker),
                          zone_end(ns, zone, broker), nullptr, broker);
@@ -586,6 +617,7 @@ CMPIObjectPath *hosted_collection_fill_reference_zone(const char *cls, const cha
                                                       const DomainEntry * /*domain*/,
                                                       const ZoneRecord *zone,
                                                       const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     if (vsan == nullptr || zone == nullptr) return nullptr;
     return link_path(cls, ns, kHostingRoles, vsan_end(ns, vsan, broker), zone_end(ns, zone, broker),
                      broker);
@@ -595,6 +627,7 @@ CMPIObjectPath *zone_hosted_collection_fill_reference(const char *cls, const cha
                                                       const CMPIObjectPath *vsan_ref,
                                                       const CMPIObjectPath *collection_ref,
                                                       const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     return link_path(cls, ns, kHostingRoles, vsan_ref, collection_ref, broker);
 }
 
@@ -602,6 +635,7 @@ CMPIInstance *association_class_build_instance_path(const char *cls, const char 
                                                     const CMPIObjectPath *ref1,
                                                     const CMPIObjectPath *ref2, const char *name1,
                                                     const char *name2, const CMPIBroker *broker) {
+    if (zonesim::injectFault(__func__)) return nullptr;
     return link_instance(cls, ns, RoleNames{name1, name2}, ref1, ref2, nullptr, broker);
 }
 

@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "platform/zoning_platform.h"
+#include "sim/fault_injection.h"
 #include "sim/member_types.h"
 #include "sim/naming.h"
 #include "sim/platform_state.h"
@@ -182,16 +183,19 @@ using namespace zonesim;
 extern "C" {
 
 int ddas_api_get_all_device_alias_entries(int queue, void **first, ddas_iterator **iterator) {
+    if (injectFault(__func__)) return kInjectedFault;
     return guarded([&] { return openWalk(queue, first, iterator); });
 }
 
 int ddas_api_iter_get_num_entries(ddas_iterator *iterator, int *count) {
+    if (injectFault(__func__)) return kInjectedFault;
     if (!isCurrentWalk(iterator) || count == nullptr) return kErrInvalidArgument;
     *count = static_cast<int>(iterator->entries.size());
     return kOk;
 }
 
 int ddas_api_iter_get_next_device_alias_entry(ddas_iterator *iterator, DeviceAliasEntry *entry) {
+    if (injectFault(__func__)) return kInjectedFault;
     if (!isCurrentWalk(iterator) || entry == nullptr) return kErrInvalidArgument;
     if (iterator->next >= iterator->entries.size()) return kErrNotFound;
     fillEntry(entry, iterator->entries[iterator->next++]);
@@ -199,21 +203,25 @@ int ddas_api_iter_get_next_device_alias_entry(ddas_iterator *iterator, DeviceAli
 }
 
 int ddas_get_device_alias_given_pwwn(int queue, uint64_t pwwn, char *name) {
+    if (injectFault(__func__)) return kInjectedFault;
     return guarded([&] { return aliasOfPwwn(queue, pwwn, name); });
 }
 
 int ddas_create_device_alias_entry(int queue, const char *name, unsigned char *pwwn_tlv,
                                    DeviceAliasCommitContext *context, int /*flags*/,
                                    int /*reserved*/) {
+    if (injectFault(__func__)) return kInjectedFault;
     return guarded([&] { return stageCreate(queue, name, pwwn_tlv, context); });
 }
 
 int ddas_remove_device_alias_entry(int queue, const char *name, DeviceAliasCommitContext *context,
                                    int /*flags*/) {
+    if (injectFault(__func__)) return kInjectedFault;
     return guarded([&] { return stageRemove(queue, name, context); });
 }
 
 int ddas_commit(int queue, DeviceAliasCommitContext *context, int /*flags*/) {
+    if (injectFault(__func__)) return kInjectedFault;
     return guarded([&] { return commit(queue, context); });
 }
 

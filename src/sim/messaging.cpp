@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "platform/zoning_platform.h"
+#include "sim/fault_injection.h"
 #include "sim/platform_state.h"
 
 namespace {
@@ -43,6 +44,7 @@ void mutex_lock(void) {
     }
     m.mutex.lock();
     m.holder.store(std::this_thread::get_id());
+    zonesim::beginFaultRequest();  // a request starts here (fault_injection.h)
 }
 
 void mutex_unlock(void) {

@@ -402,9 +402,24 @@ Store::~Store() {
     sqlite3_close(db_);
 }
 
+// BEGIN, COMMIT and ROLLBACK run as cached statements: every platform call
+// is a transaction of its own, and parsing the three texts anew each time
+// cost more than most of the queries between them.
+int Store::control(const char *sql) {
+    sqlite3_stmt *stmt = nullptr;
+    try {
+        stmt = statement(sql);
+    } catch (...) {
+        return execute(db_, sql);
+    }
+    int rc = sqlite3_step(stmt);
+    sqlite3_reset(stmt);
+    return rc == SQLITE_DONE ? SQLITE_OK : rc;
+}
+
 int Store::transact(bool for_write, const std::function<int()> &fn) {
     std::lock_guard<std::mutex> guard(lock_);
-    int rc = execute(db_, for_write ? "BEGIN IMMEDIATE" : "BEGIN");
+    int rc = control(for_write ? "BEGIN IMMEDIATE" : "BEGIN");
     if (rc != SQLITE_OK) return failureCode(rc);
     int code = 0;
     try {
@@ -412,16 +427,16 @@ int Store::transact(bool for_write, const std::function<int()> &fn) {
     } catch (const StoreFailure &failure) {
         code = failure.code;
     } catch (...) {
-        execute(db_, "ROLLBACK");
+        control("ROLLBACK");
         throw;
     }
     if (code != 0) {
-        execute(db_, "ROLLBACK");
+        control("ROLLBACK");
         return code;
     }
-    rc = execute(db_, "COMMIT");
+    rc = control("COMMIT");
     if (rc != SQLITE_OK) {
-        execute(db_, "ROLLBACK");
+        control("ROLLBACK");
         return failureCode(rc);
     }
     return 0;

@@ -205,6 +205,8 @@ class Store {
   private:
     explicit Store(std::string path, sqlite3 *db);
     int transact(bool for_write, const std::function<int()> &fn);
+    // Runs a transaction control statement; an SQLite result code.
+    int control(const char *sql);
     sqlite3_stmt *statement(const char *sql);
     // A cached statement, reset when the Query goes.
     Query query(const char *sql);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/zoning_platform.h"
+#include "sim/fault_injection.h"
 #include "sim/platform_state.h"
 #include "sim/records.h"
 #include "sim/sim_errors.h"
@@ -85,20 +86,24 @@ using namespace zonesim;
 extern "C" {
 
 int vsan_cim_get_vsanEntry(int queue, int mode, VsanEntry *entry) {
+    if (injectFault(__func__)) return kInjectedFault;
     return vsanEntry(queue, mode, entry);
 }
 
 int vsan_cim_get_all_vsanEntry(int queue, int *count, VsanEntry **entries) {
+    if (injectFault(__func__)) return kInjectedFault;
     return allVsanEntries(queue, count, entries);
 }
 
 int vsan_cim_check_vsan_index(int vsan) {
+    if (injectFault(__func__)) return kInjectedFault;
     return withStoreNoQueue(false, [&](Store &store) {
         return store.vsan(vsan, nullptr) ? kOk : kErrVsanNotConfigured;
     });
 }
 
 int dm_cim_get_dmEntry(int queue, int vsan, int mode, DomainEntry *entry) {
+    if (injectFault(__func__)) return kInjectedFault;
     return domainEntry(queue, vsan, mode, entry);
 }
 

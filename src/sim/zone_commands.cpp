@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "platform/zoning_platform.h"
+#include "sim/fault_injection.h"
 #include "sim/member_identity.h"
 #include "sim/platform_state.h"
 #include "sim/records.h"
@@ -136,16 +137,19 @@ extern "C" {
 
 int zs_cim_create_zoning_object(int queue, int operation, int vsan, int object_type,
                                 const char *name, void **record, int *error) {
+    if (injectFault(__func__)) return report(kInjectedFault, error);
     return report(createObject(queue, operation, vsan, object_type, name, record), error);
 }
 
 int zs_cim_create_zoning_object_with_id(int queue, int operation, int vsan, int object_type,
                                         int object_number, void **record, int *error) {
+    if (injectFault(__func__)) return report(kInjectedFault, error);
     return report(removeObject(queue, operation, vsan, object_type, object_number, record), error);
 }
 
 int zs_cim_add_zone_to_zone_set(int queue, int operation, int vsan, int zone_set_number,
                                 int zone_number, int *error) {
+    if (injectFault(__func__)) return report(kInjectedFault, error);
     return report(
         changeLink(queue, operation, vsan, ObjectKind::ZoneSet, zone_set_number, zone_number),
         error);
@@ -153,6 +157,7 @@ int zs_cim_add_zone_to_zone_set(int queue, int operation, int vsan, int zone_set
 
 int zs_cim_add_alias_to_zone(int queue, int operation, int vsan, int zone_number, int alias_number,
                              int *error) {
+    if (injectFault(__func__)) return report(kInjectedFault, error);
     return report(changeLink(queue, operation, vsan, ObjectKind::Zone, zone_number, alias_number),
                   error);
 }
@@ -160,6 +165,7 @@ int zs_cim_add_alias_to_zone(int queue, int operation, int vsan, int zone_number
 int zs_cim_add_zoning_member(int queue, int operation, int vsan, int parent_active, int parent_type,
                              int parent_number, uint32_t member_type, unsigned char *value,
                              int *value_length, int *error) {
+    if (injectFault(__func__)) return report(kInjectedFault, error);
     return report(changeMember(queue, operation, vsan, parent_active, parent_type, parent_number,
                                member_type, value, value_length),
                   error);
@@ -167,10 +173,12 @@ int zs_cim_add_zoning_member(int queue, int operation, int vsan, int parent_acti
 
 int zs_cim_activate_zone_set(int queue, int vsan, int active, int zone_set_number,
                              int *activation_flag, int *error) {
+    if (injectFault(__func__)) return report(kInjectedFault, error);
     return report(activation(queue, vsan, active, zone_set_number, activation_flag), error);
 }
 
 int zs_cim_remove_zone_member_from_all_parents(int queue, const char *member_id) {
+    if (injectFault(__func__)) return kInjectedFault;
     return removeMemberEverywhere(queue, member_id);
 }
 

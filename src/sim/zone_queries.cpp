@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/zoning_platform.h"
+#include "sim/fault_injection.h"
 #include "sim/generic_list.h"
 #include "sim/instance_ids.h"
 #include "sim/member_identity.h"
@@ -164,86 +165,108 @@ using namespace zonesim;
 extern "C" {
 
 int zs_cim_get_all_active_zone_sets(int queue, int vsan, int *count, ZoneSetRecord **records) {
+    if (injectFault(__func__)) return kInjectedFault;
     return allObjects(queue, vsan, true, ObjectKind::ZoneSet, count, records);
 }
 int zs_cim_get_all_non_active_zone_sets(int queue, int vsan, int *count, ZoneSetRecord **records) {
+    if (injectFault(__func__)) return kInjectedFault;
     return allObjects(queue, vsan, false, ObjectKind::ZoneSet, count, records);
 }
 int zs_cim_get_all_active_zones(int queue, int vsan, int *count, ZoneRecord **records) {
+    if (injectFault(__func__)) return kInjectedFault;
     return allObjects(queue, vsan, true, ObjectKind::Zone, count, records);
 }
 int zs_cim_get_all_non_active_zones(int queue, int vsan, int *count, ZoneRecord **records) {
+    if (injectFault(__func__)) return kInjectedFault;
     return allObjects(queue, vsan, false, ObjectKind::Zone, count, records);
 }
 int zs_cim_get_all_active_zone_aliases(int queue, int vsan, int *count, ZoneAliasRecord **records) {
+    if (injectFault(__func__)) return kInjectedFault;
     return allObjects(queue, vsan, true, ObjectKind::Alias, count, records);
 }
 int zs_cim_get_all_non_active_zone_aliases(int queue, int vsan, int *count,
                                            ZoneAliasRecord **records) {
+    if (injectFault(__func__)) return kInjectedFault;
     return allObjects(queue, vsan, false, ObjectKind::Alias, count, records);
 }
 int zs_cim_get_all_active_zone_members(int queue, int vsan, int *count, ZoneMemberRecord **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return allMembers(queue, vsan, true, count, list);
 }
 int zs_cim_get_all_non_active_zone_members(int queue, int vsan, int *count,
                                            ZoneMemberRecord **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return allMembers(queue, vsan, false, count, list);
 }
 
 int zs_cim_get_zone_set_by_instance_id(int queue, const char *instance_id, ZoneSetRecord **record) {
+    if (injectFault(__func__)) return kInjectedFault;
     return objectById(queue, instance_id, ObjectKind::ZoneSet, record);
 }
 int zs_cim_get_zone_by_instance_id(int queue, const char *instance_id, ZoneRecord **record) {
+    if (injectFault(__func__)) return kInjectedFault;
     return objectById(queue, instance_id, ObjectKind::Zone, record);
 }
 int zs_cim_get_zone_alias_by_instance_id(int queue, const char *instance_id,
                                          ZoneAliasRecord **record) {
+    if (injectFault(__func__)) return kInjectedFault;
     return objectById(queue, instance_id, ObjectKind::Alias, record);
 }
 int zs_cim_get_zone_member_by_instance_id(int queue, const char *instance_id,
                                           ZoneMemberRecord **record) {
+    if (injectFault(__func__)) return kInjectedFault;
     return memberById(queue, instance_id, record);
 }
 
 int zs_cim_get_zone_set_zones_by_instance_id(int queue, const char *zone_set_id,
                                              ZoneRecord **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return relatives(queue, zone_set_id, ObjectKind::ZoneSet, Relation::Children, list);
 }
 int zs_cim_get_zone_zone_set_parents_by_instance_id(int queue, const char *zone_id,
                                                     ZoneSetRecord **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return relatives(queue, zone_id, ObjectKind::Zone, Relation::Parents, list);
 }
 int zs_cim_get_zone_zone_aliases_by_instance_id(int queue, const char *zone_id,
                                                 ZoneAliasRecord **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return relatives(queue, zone_id, ObjectKind::Zone, Relation::Children, list);
 }
 int zs_cim_get_zone_zone_members_by_instance_id(int queue, const char *zone_id,
                                                 ZoneMemberRecord **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return membersOf(queue, zone_id, ObjectKind::Zone, list);
 }
 int zs_cim_get_zone_alias_zone_parents_by_instance_id(int queue, const char *alias_id,
                                                       ZoneRecord **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return relatives(queue, alias_id, ObjectKind::Alias, Relation::Parents, list);
 }
 int zs_cim_get_zone_alias_zone_members_by_instance_id(int queue, const char *alias_id,
                                                       ZoneMemberRecord **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return membersOf(queue, alias_id, ObjectKind::Alias, list);
 }
 int zs_cim_get_zone_member_zone_parents_by_instance_id(int queue, const char *member_id,
                                                        cim_g_slist **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return memberParents<ZoneRecord>(queue, member_id, ObjectKind::Zone, list);
 }
 int zs_cim_get_zone_member_zone_alias_parents_by_instance_id(int queue, const char *member_id,
                                                              cim_g_slist **list) {
+    if (injectFault(__func__)) return kInjectedFault;
     return memberParents<ZoneAliasRecord>(queue, member_id, ObjectKind::Alias, list);
 }
 
 int zs_cim_get_zone_set(int queue, int zone_set_number, int vsan, int active, int *found,
                         ZoneSetRecord **record) {
+    if (injectFault(__func__)) return kInjectedFault;
     return objectByNumber(queue, ObjectKind::ZoneSet, zone_set_number, vsan, active, found, record);
 }
 int zs_cim_get_zone(int queue, int zone_number, int vsan, int active, int *found,
                     ZoneRecord **record) {
+    if (injectFault(__func__)) return kInjectedFault;
     return objectByNumber(queue, ObjectKind::Zone, zone_number, vsan, active, found, record);
 }
 

@@ -161,9 +161,11 @@ struct ServeCommand {
 };
 
 void add_serve(CLI::App &app, ServeCommand &serve) {
-    serve.sub = app.add_subcommand("serve", "serve the provider to CIM clients (CIM-XML over HTTP)");
+    serve.sub =
+        app.add_subcommand("serve", "serve the provider to CIM clients (CIM-XML over HTTP)");
     serve.sub->fallthrough();
-    serve.sub->add_option("--listen", serve.options.listen, "ADDRESS:PORT to listen on (port 0: any)")
+    serve.sub
+        ->add_option("--listen", serve.options.listen, "ADDRESS:PORT to listen on (port 0: any)")
         ->capture_default_str();
     serve.sub->add_option("--user", serve.user, "user name clients must give (HTTP Basic)");
     serve.sub->add_option("--password-file", serve.password_file,

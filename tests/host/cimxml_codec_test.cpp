@@ -137,10 +137,12 @@ TEST(CimXmlEncode, PathsAndInstancesInTheShapesClientsRead) {
     ASSERT_TRUE(local);
     EXPECT_EQ(zoneserver::namespace_path(local.child("LOCALNAMESPACEPATH")), "root/cimv2");
     EXPECT_STREQ(local.child("INSTANCENAME").child("KEYBINDING").child_value("KEYVALUE"), "o&1");
-    const auto port_value = name.find_child_by_attribute("KEYBINDING", "NAME", "Port").child("KEYVALUE");
+    const auto port_value =
+        name.find_child_by_attribute("KEYBINDING", "NAME", "Port").child("KEYVALUE");
     EXPECT_STREQ(port_value.attribute("VALUETYPE").value(), "numeric");
     EXPECT_STREQ(port_value.child_value(), "80");
-    const auto on_value = name.find_child_by_attribute("KEYBINDING", "NAME", "On").child("KEYVALUE");
+    const auto on_value =
+        name.find_child_by_attribute("KEYBINDING", "NAME", "On").child("KEYVALUE");
     EXPECT_STREQ(on_value.attribute("VALUETYPE").value(), "boolean");
     EXPECT_STREQ(on_value.child_value(), "TRUE");
     // Full paths carry the server's host.
@@ -149,7 +151,8 @@ TEST(CimXmlEncode, PathsAndInstancesInTheShapesClientsRead) {
 
     // An instance: what the provider set, in its order, then the class's
     // other properties as NULL; a filter keeps the listed ones only.
-    CMPIInstance *instance = cmpihost::broker()->eft->newInstance(cmpihost::broker(), other, nullptr);
+    CMPIInstance *instance =
+        cmpihost::broker()->eft->newInstance(cmpihost::broker(), other, nullptr);
     CMPIUint32 count = 5;
     instance->ft->setProperty(instance, "Count", reinterpret_cast<const CMPIValue *>(&count),
                               CMPI_uint32);
@@ -163,7 +166,8 @@ TEST(CimXmlEncode, PathsAndInstancesInTheShapesClientsRead) {
     const auto written = parse_fragment(xml);
     const auto full_instance = written.child("ROOT").child("VALUE.NAMEDINSTANCE").child("INSTANCE");
     std::vector<std::string> order;
-    for (auto property : full_instance.children()) order.push_back(property.attribute("NAME").value());
+    for (auto property : full_instance.children())
+        order.push_back(property.attribute("NAME").value());
     EXPECT_EQ(order, (std::vector<std::string>{"Id", "Count", "Label", "Caption", "Sizes"}));
     const auto count_property = full_instance.find_child_by_attribute("PROPERTY", "NAME", "Count");
     EXPECT_STREQ(count_property.attribute("TYPE").value(), "uint32");
@@ -171,7 +175,8 @@ TEST(CimXmlEncode, PathsAndInstancesInTheShapesClientsRead) {
     const auto sizes = full_instance.find_child_by_attribute("PROPERTY.ARRAY", "NAME", "Sizes");
     EXPECT_STREQ(sizes.attribute("TYPE").value(), "uint16");
     EXPECT_FALSE(sizes.child("VALUE.ARRAY"));
-    EXPECT_FALSE(full_instance.find_child_by_attribute("PROPERTY", "NAME", "Caption").child("VALUE"));
+    EXPECT_FALSE(
+        full_instance.find_child_by_attribute("PROPERTY", "NAME", "Caption").child("VALUE"));
     const auto filtered = written.child("ROOT").child("INSTANCE");
     EXPECT_EQ(std::distance(filtered.children().begin(), filtered.children().end()), 1);
     EXPECT_STREQ(filtered.first_child().child_value("VALUE"), "x<y");
@@ -190,8 +195,8 @@ TEST(CimXmlEncode, PathsAndInstancesInTheShapesClientsRead) {
     encoder.param_value(method, "Made", reference);
     const auto out = parse_fragment(method.take());
     EXPECT_STREQ(out.child("ROOT").child("PARAMVALUE").attribute("PARAMTYPE").value(), "reference");
-    EXPECT_TRUE(out.child("ROOT").child("PARAMVALUE").child("VALUE.REFERENCE").child(
-        "LOCALINSTANCEPATH"));
+    EXPECT_TRUE(
+        out.child("ROOT").child("PARAMVALUE").child("VALUE.REFERENCE").child("LOCALINSTANCEPATH"));
 }
 
 TEST(CimXmlDecode, KeysTakeTheTypesOfTheClass) {
@@ -199,14 +204,15 @@ TEST(CimXmlDecode, KeysTakeTheTypesOfTheClass) {
     const zoneserver::Decoder decoder(schema(), "root/cimv2");
     auto name = [&](const std::string &bindings) {
         static pugi::xml_document doc;
-        doc.load_string(("<INSTANCENAME CLASSNAME=\"Test_Typed\">" + bindings + "</INSTANCENAME>").c_str());
+        doc.load_string(
+            ("<INSTANCENAME CLASSNAME=\"Test_Typed\">" + bindings + "</INSTANCENAME>").c_str());
         return decoder.instance_name(doc.child("INSTANCENAME"), "root/cimv2");
     };
     // wbemcli sends VALUETYPE from the user's spelling; the class decides.
-    const CMPIObjectPath *path = name(
-        R"(<KEYBINDING NAME="port"><KEYVALUE VALUETYPE="string">8080</KEYVALUE></KEYBINDING>)"
-        R"(<KEYBINDING NAME="Name"><KEYVALUE VALUETYPE="numeric">123</KEYVALUE></KEYBINDING>)"
-        R"(<KEYBINDING NAME="On"><KEYVALUE VALUETYPE="boolean">true</KEYVALUE></KEYBINDING>)");
+    const CMPIObjectPath *path =
+        name(R"(<KEYBINDING NAME="port"><KEYVALUE VALUETYPE="string">8080</KEYVALUE></KEYBINDING>)"
+             R"(<KEYBINDING NAME="Name"><KEYVALUE VALUETYPE="numeric">123</KEYVALUE></KEYBINDING>)"
+             R"(<KEYBINDING NAME="On"><KEYVALUE VALUETYPE="boolean">true</KEYVALUE></KEYBINDING>)");
     CMPIType type = CMPI_null;
     EXPECT_EQ(key_text(path, "Port", &type), "8080");
     EXPECT_EQ(type, CMPI_uint16);
@@ -224,17 +230,17 @@ TEST(CimXmlDecode, KeysTakeTheTypesOfTheClass) {
                   }),
                   zoneserver::kCimInvalidParameter);
     }
-    EXPECT_EQ(cim_code([&] {
-                  name(R"(<KEYBINDING NAME="On"><KEYVALUE>maybe</KEYVALUE></KEYBINDING>)");
-              }),
-              zoneserver::kCimInvalidParameter);
+    EXPECT_EQ(
+        cim_code([&] { name(R"(<KEYBINDING NAME="On"><KEYVALUE>maybe</KEYVALUE></KEYBINDING>)"); }),
+        zoneserver::kCimInvalidParameter);
 
     // A class the schema doesn't know: typed by VALUETYPE.
     pugi::xml_document unknown;
     unknown.load_string(
         R"(<INSTANCENAME CLASSNAME="Other"><KEYBINDING NAME="N"><KEYVALUE VALUETYPE="numeric">-5</KEYVALUE></KEYBINDING>)"
         R"(<KEYBINDING NAME="S"><KEYVALUE>7</KEYVALUE></KEYBINDING></INSTANCENAME>)");
-    const CMPIObjectPath *other = decoder.instance_name(unknown.child("INSTANCENAME"), "root/cimv2");
+    const CMPIObjectPath *other =
+        decoder.instance_name(unknown.child("INSTANCENAME"), "root/cimv2");
     EXPECT_EQ(key_text(other, "N", &type), "-5");
     EXPECT_EQ(type, CMPI_sint64);
     EXPECT_EQ(key_text(other, "S", &type), "7");
@@ -253,10 +259,11 @@ TEST(CimXmlDecode, ReferencesInEveryShapeAndNoDeeperThanALimit) {
         const char *text;
     };
     const std::vector<Case> cases = {
-        {"<VALUE.REFERENCE><INSTANCEPATH><NAMESPACEPATH><HOST>h1</HOST>" + ns +
-             "</NAMESPACEPATH>" + name + "</INSTANCEPATH></VALUE.REFERENCE>",
+        {"<VALUE.REFERENCE><INSTANCEPATH><NAMESPACEPATH><HOST>h1</HOST>" + ns + "</NAMESPACEPATH>" +
+             name + "</INSTANCEPATH></VALUE.REFERENCE>",
          "h1/root/other:HostTest.Id=\"a\""},
-        {"<VALUE.REFERENCE><LOCALINSTANCEPATH>" + ns + name + "</LOCALINSTANCEPATH></VALUE.REFERENCE>",
+        {"<VALUE.REFERENCE><LOCALINSTANCEPATH>" + ns + name +
+             "</LOCALINSTANCEPATH></VALUE.REFERENCE>",
          "root/other:HostTest.Id=\"a\""},
         {"<VALUE.REFERENCE>" + name + "</VALUE.REFERENCE>", "root/cimv2:HostTest.Id=\"a\""},
     };
@@ -269,8 +276,9 @@ TEST(CimXmlDecode, ReferencesInEveryShapeAndNoDeeperThanALimit) {
     // A reference key holding a reference key holding ... is cut off.
     std::string nested = name;
     for (int i = 0; i < 40; ++i)
-        nested = R"(<INSTANCENAME CLASSNAME="Test_Link"><KEYBINDING NAME="Left"><VALUE.REFERENCE>)" +
-                 nested + "</VALUE.REFERENCE></KEYBINDING></INSTANCENAME>";
+        nested =
+            R"(<INSTANCENAME CLASSNAME="Test_Link"><KEYBINDING NAME="Left"><VALUE.REFERENCE>)" +
+            nested + "</VALUE.REFERENCE></KEYBINDING></INSTANCENAME>";
     pugi::xml_document deep;
     ASSERT_TRUE(deep.load_string(nested.c_str()));
     EXPECT_EQ(cim_code([&] { decoder.instance_name(deep.first_child(), "root/cimv2"); }),
@@ -309,10 +317,11 @@ TEST(CimXmlDecode, MethodArgumentsComeInDeclaredOrderTypedByTheSchema) {
     EXPECT_EQ(cmpihost::valueToString(args->ft->getArg(args, "Flags", nullptr)), "true,false");
 
     // Refusals: an unknown name, an output parameter, a value of the wrong type.
-    for (const char *bad : {R"(<PARAMVALUE NAME="Gamma"><VALUE>1</VALUE></PARAMVALUE>)",
-                            R"(<PARAMVALUE NAME="First"><VALUE>1</VALUE></PARAMVALUE>)",
-                            R"(<PARAMVALUE NAME="Beta"><VALUE>lots</VALUE></PARAMVALUE>)",
-                            R"(<PARAMVALUE NAME="Target"><VALUE>not a path</VALUE></PARAMVALUE>)"}) {
+    for (const char *bad :
+         {R"(<PARAMVALUE NAME="Gamma"><VALUE>1</VALUE></PARAMVALUE>)",
+          R"(<PARAMVALUE NAME="First"><VALUE>1</VALUE></PARAMVALUE>)",
+          R"(<PARAMVALUE NAME="Beta"><VALUE>lots</VALUE></PARAMVALUE>)",
+          R"(<PARAMVALUE NAME="Target"><VALUE>not a path</VALUE></PARAMVALUE>)"}) {
         SCOPED_TRACE(bad);
         EXPECT_EQ(cim_code([&] { arguments(bad); }), zoneserver::kCimInvalidParameter);
     }
@@ -334,8 +343,9 @@ class CimXmlServiceTest : public ::testing::Test {
                R"(<MESSAGE ID="4711" PROTOCOLVERSION="1.0"><SIMPLEREQ>)" +
                call + "</SIMPLEREQ></MESSAGE></CIM>";
     }
-    static std::string intrinsic(const std::string &op, const std::string &params,
-                                 const std::string &ns = "<NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"cimv2\"/>") {
+    static std::string intrinsic(
+        const std::string &op, const std::string &params,
+        const std::string &ns = "<NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"cimv2\"/>") {
         return envelope("<IMETHODCALL NAME=\"" + op + "\"><LOCALNAMESPACEPATH>" + ns +
                         "</LOCALNAMESPACEPATH>" + params + "</IMETHODCALL>");
     }
@@ -359,7 +369,8 @@ class CimXmlServiceTest : public ::testing::Test {
         const auto message = doc_.child("CIM").child("MESSAGE");
         EXPECT_STREQ(message.attribute("ID").value(), "4711");
         const auto rsp = message.child("SIMPLERSP");
-        return rsp.child("IMETHODRESPONSE") ? rsp.child("IMETHODRESPONSE") : rsp.child("METHODRESPONSE");
+        return rsp.child("IMETHODRESPONSE") ? rsp.child("IMETHODRESPONSE")
+                                            : rsp.child("METHODRESPONSE");
     }
     int error_code(const std::string &body) {
         return response(body).child("ERROR").attribute("CODE").as_int();
@@ -415,7 +426,8 @@ TEST_F(CimXmlServiceTest, RefusalsCarryTheirCimStatus) {
 
     // The provider's rc and message reach the client; the standard text
     // stands in when it gave none.
-    const auto missing = response(intrinsic("GetInstance", instance_param("InstanceName", "HostTest", "missing")));
+    const auto missing =
+        response(intrinsic("GetInstance", instance_param("InstanceName", "HostTest", "missing")));
     EXPECT_EQ(missing.child("ERROR").attribute("CODE").as_int(), zoneserver::kCimNotFound);
     EXPECT_STREQ(missing.child("ERROR").attribute("DESCRIPTION").value(), "no instance missing");
     const auto modify = response(intrinsic(
@@ -428,14 +440,16 @@ TEST_F(CimXmlServiceTest, RefusalsCarryTheirCimStatus) {
 
     // Names are matched without regard to case, the operation name is echoed
     // as sent, and the namespace may be spelt in any case.
-    const auto echoed = response(intrinsic("enumerateinstancenames", class_param("classname", "hosttest"),
-                                           "<NAMESPACE NAME=\"ROOT\"/><NAMESPACE NAME=\"CIMV2\"/>"));
+    const auto echoed =
+        response(intrinsic("enumerateinstancenames", class_param("classname", "hosttest"),
+                           "<NAMESPACE NAME=\"ROOT\"/><NAMESPACE NAME=\"CIMV2\"/>"));
     EXPECT_STREQ(echoed.attribute("NAME").value(), "enumerateinstancenames");
     EXPECT_FALSE(echoed.child("ERROR"));
 }
 
 TEST_F(CimXmlServiceTest, ASuperclassIsServedByItsSubclasses) {
-    const auto names = response(intrinsic("EnumerateInstanceNames", class_param("ClassName", "Test_Element")));
+    const auto names =
+        response(intrinsic("EnumerateInstanceNames", class_param("ClassName", "Test_Element")));
     std::vector<std::string> ids;
     for (auto name : names.child("IRETURNVALUE").children("INSTANCENAME")) {
         EXPECT_STREQ(name.attribute("CLASSNAME").value(), "HostTest");
@@ -443,16 +457,20 @@ TEST_F(CimXmlServiceTest, ASuperclassIsServedByItsSubclasses) {
     }
     EXPECT_EQ(ids, (std::vector<std::string>{"a", "b", "c"}));
 
-    const auto one = response(intrinsic("GetInstance", instance_param("InstanceName", "Test_Element", "b")));
-    EXPECT_STREQ(one.child("IRETURNVALUE").child("INSTANCE").attribute("CLASSNAME").value(), "HostTest");
+    const auto one =
+        response(intrinsic("GetInstance", instance_param("InstanceName", "Test_Element", "b")));
+    EXPECT_STREQ(one.child("IRETURNVALUE").child("INSTANCE").attribute("CLASSNAME").value(),
+                 "HostTest");
 
     // A class without instances of its own or below it: empty, not an error.
-    const auto none = response(intrinsic("EnumerateInstances", class_param("ClassName", "Test_Typed")));
+    const auto none =
+        response(intrinsic("EnumerateInstances", class_param("ClassName", "Test_Typed")));
     EXPECT_TRUE(none.child("IRETURNVALUE"));
     EXPECT_FALSE(none.child("IRETURNVALUE").first_child());
     EXPECT_FALSE(none.child("ERROR"));
 
-    const auto deleted = response(intrinsic("DeleteInstance", instance_param("InstanceName", "HostTest", "a")));
+    const auto deleted =
+        response(intrinsic("DeleteInstance", instance_param("InstanceName", "HostTest", "a")));
     EXPECT_FALSE(deleted.first_child()) << "DeleteInstance answers nothing";
 }
 
@@ -467,21 +485,25 @@ TEST_F(CimXmlServiceTest, MethodsAnswerReturnValueFirstAndTakeArgumentsInDeclare
     EXPECT_STREQ(counted.first_child().name(), "RETURNVALUE");
     EXPECT_STREQ(counted.child("RETURNVALUE").attribute("PARAMTYPE").value(), "uint32");
     EXPECT_STREQ(counted.child("RETURNVALUE").child_value("VALUE"), "2");
-    EXPECT_STREQ(counted.find_child_by_attribute("PARAMVALUE", "NAME", "First").child_value("VALUE"),
-                 "Alpha");
+    EXPECT_STREQ(
+        counted.find_child_by_attribute("PARAMVALUE", "NAME", "First").child_value("VALUE"),
+        "Alpha");
 
-    const auto echoed = response(envelope("<METHODCALL NAME=\"Echo\">" + target +
-                                          R"(<PARAMVALUE NAME="Text"><VALUE>a&lt;b</VALUE></PARAMVALUE></METHODCALL>)"));
+    const auto echoed = response(
+        envelope("<METHODCALL NAME=\"Echo\">" + target +
+                 R"(<PARAMVALUE NAME="Text"><VALUE>a&lt;b</VALUE></PARAMVALUE></METHODCALL>)"));
     EXPECT_STREQ(echoed.child("RETURNVALUE").attribute("PARAMTYPE").value(), "string");
     EXPECT_STREQ(echoed.child("RETURNVALUE").child_value("VALUE"), "a<b");
     EXPECT_STREQ(echoed.child("PARAMVALUE").child_value("VALUE"), "a<b");
 
     // The provider's own refusal, inside METHODRESPONSE.
-    const auto unknown = response(envelope("<METHODCALL NAME=\"Frobnicate\">" + target + "</METHODCALL>"));
+    const auto unknown =
+        response(envelope("<METHODCALL NAME=\"Frobnicate\">" + target + "</METHODCALL>"));
     EXPECT_EQ(unknown.child("ERROR").attribute("CODE").as_int(), zoneserver::kCimMethodNotFound);
     // A refused argument never reaches the provider.
-    const auto refused = response(envelope("<METHODCALL NAME=\"Echo\">" + target +
-                                           R"(<PARAMVALUE NAME="Result"><VALUE>x</VALUE></PARAMVALUE></METHODCALL>)"));
+    const auto refused = response(
+        envelope("<METHODCALL NAME=\"Echo\">" + target +
+                 R"(<PARAMVALUE NAME="Result"><VALUE>x</VALUE></PARAMVALUE></METHODCALL>)"));
     EXPECT_EQ(refused.child("ERROR").attribute("CODE").as_int(), zoneserver::kCimInvalidParameter);
 }
 
@@ -493,14 +515,16 @@ TEST_F(CimXmlServiceTest, ClassesComeFromTheSchema) {
     EXPECT_FALSE(cls.find_child_by_attribute("PROPERTY", "NAME", "Id"));
 
     const auto full = response(intrinsic(
-        "GetClass", class_param("ClassName", "HostTest") +
-                        R"(<IPARAMVALUE NAME="LocalOnly"><VALUE>false</VALUE></IPARAMVALUE>)"
-                        R"(<IPARAMVALUE NAME="IncludeClassOrigin"><VALUE>TRUE</VALUE></IPARAMVALUE>)"));
+        "GetClass",
+        class_param("ClassName", "HostTest") +
+            R"(<IPARAMVALUE NAME="LocalOnly"><VALUE>false</VALUE></IPARAMVALUE>)"
+            R"(<IPARAMVALUE NAME="IncludeClassOrigin"><VALUE>TRUE</VALUE></IPARAMVALUE>)"));
     const auto all = full.child("IRETURNVALUE").child("CLASS");
     const auto id = all.find_child_by_attribute("PROPERTY", "NAME", "Id");
     EXPECT_STREQ(id.attribute("CLASSORIGIN").value(), "Test_Element");
     EXPECT_STREQ(id.attribute("PROPAGATED").value(), "true");
-    EXPECT_STREQ(id.find_child_by_attribute("QUALIFIER", "NAME", "Key").child_value("VALUE"), "TRUE");
+    EXPECT_STREQ(id.find_child_by_attribute("QUALIFIER", "NAME", "Key").child_value("VALUE"),
+                 "TRUE");
     const auto count = all.find_child_by_attribute("METHOD", "NAME", "Count");
     EXPECT_STREQ(count.attribute("TYPE").value(), "uint32");
     std::vector<std::string> parameters;
@@ -512,19 +536,26 @@ TEST_F(CimXmlServiceTest, ClassesComeFromTheSchema) {
                      .value(),
                  "HostTest");
     const auto first = count.find_child_by_attribute("PARAMETER", "NAME", "First");
-    EXPECT_STREQ(first.find_child_by_attribute("QUALIFIER", "NAME", "OUT").child_value("VALUE"), "TRUE");
-    EXPECT_STREQ(first.find_child_by_attribute("QUALIFIER", "NAME", "IN").child_value("VALUE"), "FALSE");
+    EXPECT_STREQ(first.find_child_by_attribute("QUALIFIER", "NAME", "OUT").child_value("VALUE"),
+                 "TRUE");
+    EXPECT_STREQ(first.find_child_by_attribute("QUALIFIER", "NAME", "IN").child_value("VALUE"),
+                 "FALSE");
 
     auto class_names = [&](const std::string &params) {
         std::vector<std::string> found;
-        for (auto name : response(intrinsic("EnumerateClassNames", params)).child("IRETURNVALUE").children())
+        for (auto name :
+             response(intrinsic("EnumerateClassNames", params)).child("IRETURNVALUE").children())
             found.push_back(name.attribute("NAME").value());
         return found;
     };
-    EXPECT_EQ(class_names(""), (std::vector<std::string>{"Test_Element", "Test_Typed", "Test_Link"}));
-    EXPECT_EQ(class_names(class_param("ClassName", "Test_Element")), std::vector<std::string>{"HostTest"});
-    EXPECT_EQ(class_names(R"(<IPARAMVALUE NAME="DeepInheritance"><VALUE>TRUE</VALUE></IPARAMVALUE>)").size(),
-              schema().classes().size());
+    EXPECT_EQ(class_names(""),
+              (std::vector<std::string>{"Test_Element", "Test_Typed", "Test_Link"}));
+    EXPECT_EQ(class_names(class_param("ClassName", "Test_Element")),
+              std::vector<std::string>{"HostTest"});
+    EXPECT_EQ(
+        class_names(R"(<IPARAMVALUE NAME="DeepInheritance"><VALUE>TRUE</VALUE></IPARAMVALUE>)")
+            .size(),
+        schema().classes().size());
 }
 
 }  // namespace

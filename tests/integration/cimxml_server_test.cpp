@@ -238,8 +238,8 @@ class ServerProcess {
         int pipe_ends[2];
         if (::pipe2(pipe_ends, O_CLOEXEC) != 0) return;
         const int port = free_port();
-        std::vector<std::string> args{kZonecim, "--provider", provider_path(), "serve",
-                                      "--listen", "127.0.0.1:" + std::to_string(port)};
+        std::vector<std::string> args{kZonecim, "--provider", provider_path(),
+                                      "serve",  "--listen",   "127.0.0.1:" + std::to_string(port)};
         args.insert(args.end(), extra_args.begin(), extra_args.end());
         std::vector<std::string> env = child_environment(db);
         auto argv = pointers(args);
@@ -247,7 +247,8 @@ class ServerProcess {
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_adddup2(&actions, pipe_ends[1], STDERR_FILENO);
-        const int spawned = posix_spawn(&pid_, kZonecim, &actions, nullptr, argv.data(), envp.data());
+        const int spawned =
+            posix_spawn(&pid_, kZonecim, &actions, nullptr, argv.data(), envp.data());
         posix_spawn_file_actions_destroy(&actions);
         ::close(pipe_ends[1]);
         if (spawned != 0) {
@@ -263,9 +264,8 @@ class ServerProcess {
         reader_ = std::thread([this, fd = pipe_ends[0]] { read_log(fd); });
         // Ready once it says where it listens; gone when it closes stderr.
         std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait(lock, [this] {
-            return closed_ || log_.find("listening on ") != std::string::npos;
-        });
+        changed_.wait(
+            lock, [this] { return closed_ || log_.find("listening on ") != std::string::npos; });
         if (log_.find("listening on ") != std::string::npos) {
             port_ = port;
             return;
@@ -435,7 +435,8 @@ TEST_F(CimXmlServerTest, EveryServedClassReadsAsZonecimReadsItInProcess) {
         }
         // gi of the first name reads that object back.
         if (!names.empty()) {
-            const auto one = ok_lines("gi", without_host(names[0]).substr(std::string("root/cimv2:").size()));
+            const auto one =
+                ok_lines("gi", without_host(names[0]).substr(std::string("root/cimv2:").size()));
             ASSERT_EQ(one.size(), 1u);
             EXPECT_EQ(one[0].substr(one[0].find(' ')), instances[0].substr(instances[0].find(' ')));
         }
@@ -444,7 +445,8 @@ TEST_F(CimXmlServerTest, EveryServedClassReadsAsZonecimReadsItInProcess) {
     // A CIM_ superclass is served by its VORNA_ subclasses.
     EXPECT_EQ(paths_without_host(ok_lines("ein", "CIM_ZoneSet")),
               in_process({"ein", "root/cimv2:VORNA_ZoneSet"}));
-    EXPECT_EQ(ok_lines("ein", "CIM_ZoneService").size(), ok_lines("ein", "VORNA_ZoneService").size());
+    EXPECT_EQ(ok_lines("ein", "CIM_ZoneService").size(),
+              ok_lines("ein", "VORNA_ZoneService").size());
     const auto zone = ok_lines("ein", "VORNA_Zone").at(0);
     const std::string zone_key = zone.substr(zone.find(".InstanceID="));
     const auto through_superclass = ok_lines("gi", "CIM_Zone" + zone_key);
@@ -476,7 +478,8 @@ TEST_F(CimXmlServerTest, AssociationsAgreeWithZonecimAndWithEachOther) {
         SCOPED_TRACE(source);
         const auto associator_names = ok_lines("ain", source);
         EXPECT_FALSE(associator_names.empty());
-        EXPECT_EQ(paths_without_host(associator_names), in_process({"ain", "root/cimv2:" + source}));
+        EXPECT_EQ(paths_without_host(associator_names),
+                  in_process({"ain", "root/cimv2:" + source}));
         const auto associators = ok_lines("ai", source);
         EXPECT_EQ(paths_without_host(associators), paths_without_host(associator_names));
 
@@ -511,18 +514,21 @@ TEST_F(CimXmlServerTest, TheZoningWorkflowThroughCmChangesTheSwitch) {
         return at == std::string::npos ? std::string() : line.substr(at + head.size());
     };
     const std::string zone_set = created("CreateZoneSet.ZoneSetName=\"srv_zs\"", "ZoneSet");
-    const std::string zone = created("CreateZone.ZoneName=\"srv_z\",ZoneType=2,ZoneSubType=2", "Zone");
+    const std::string zone =
+        created("CreateZone.ZoneName=\"srv_z\",ZoneType=2,ZoneSubType=2", "Zone");
     ASSERT_EQ(zone_set.rfind("VORNA_ZoneSet.InstanceID=\"10^", 0), 0u) << zone_set;
     ASSERT_EQ(zone.rfind("VORNA_Zone.InstanceID=\"10^", 0), 0u) << zone;
     const std::string member = created(
         "CreateZoneMembershipSettingData.ConnectivityMemberType=2,"
-        "ConnectivityMemberID=\"21000024ff4ca9c9\",SystemSpecificCollection=" + zone,
+        "ConnectivityMemberID=\"21000024ff4ca9c9\",SystemSpecificCollection=" +
+            zone,
         "ZoneMembershipSettingData");
     ASSERT_EQ(member.rfind("VORNA_ZoneMemberSettingData.InstanceID=", 0), 0u) << member;
 
     // Arguments in another order than declared still reach the provider
     // in the declared one.
-    const auto added = ok_lines("cm", kService, {}, {"AddZone.Zone=" + zone + ",ZoneSet=" + zone_set});
+    const auto added =
+        ok_lines("cm", kService, {}, {"AddZone.Zone=" + zone + ",ZoneSet=" + zone_set});
     ASSERT_EQ(added.size(), 1u);
     EXPECT_NE(added[0].find("AddZone: Success"), std::string::npos) << added[0];
     const auto members = ok_lines("ain", zone_set, {"-ac", "VORNA_ZoneMemberOfCollection"});
@@ -571,7 +577,8 @@ TEST_F(CimXmlServerTest, DeviceAliasesComeAndGoThroughTheirMethods) {
     EXPECT_NE(after_create.find("ElementName=\"srv_alias\""), std::string::npos) << after_create;
     EXPECT_NE(after_create.find("21:00:00:24:ff:4c:a9:c9"), std::string::npos) << after_create;
 
-    const auto removed = ok_lines("cm", kService, {}, {"RemoveDeviceAlias.DeviceAliasName=\"srv_alias\""});
+    const auto removed =
+        ok_lines("cm", kService, {}, {"RemoveDeviceAlias.DeviceAliasName=\"srv_alias\""});
     ASSERT_EQ(removed.size(), 1u);
     EXPECT_NE(removed[0].find("RemoveDeviceAlias: Success"), std::string::npos) << removed[0];
     EXPECT_EQ(aliases().find("srv_alias"), std::string::npos);
@@ -596,9 +603,9 @@ TEST_F(CimXmlServerTest, CimFailuresComeBackWithTheirStatus) {
         EXPECT_NE(outcome.err.find(c.shown), std::string::npos) << outcome.err;
         EXPECT_EQ(outcome.out, "");
     }
-    const Outcome other_namespace =
-        run("wbemcli", {"ein", "http://127.0.0.1:" + std::to_string(server_->port()) +
-                                   "/root/other:VORNA_Zone"});
+    const Outcome other_namespace = run(
+        "wbemcli",
+        {"ein", "http://127.0.0.1:" + std::to_string(server_->port()) + "/root/other:VORNA_Zone"});
     EXPECT_EQ(other_namespace.status, 16);
     EXPECT_NE(other_namespace.err.find("Cim: (3)"), std::string::npos) << other_namespace.err;
     // The provider compares method names exactly.
@@ -626,11 +633,14 @@ TEST_F(CimXmlServerTest, BadRequestsAreRefusedAndTheServerKeepsServing) {
         {post("\x01\x02 not xml at all"), 400, "CIMError: request-not-well-formed"},
         {post("<?xml version=\"1.0\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" "
               "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><IMETHODCALL NAME=\"GetInstance\">"
-              "<LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"cimv2\"/></LOCALNAMESPACEPATH>"
-              "<IPARAMVALUE NAME=\"InstanceName\">" + deep),
+              "<LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE "
+              "NAME=\"cimv2\"/></LOCALNAMESPACEPATH>"
+              "<IPARAMVALUE NAME=\"InstanceName\">" +
+              deep),
          400, "CIMError: request-not-well-formed"},
-        {post("<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
-              "<MULTIREQ></MULTIREQ></MESSAGE></CIM>"),
+        {post(
+             "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
+             "<MULTIREQ></MULTIREQ></MESSAGE></CIM>"),
          501, "CIMError: multiple-requests-unsupported"},
         // Over the body limit: refused on the announced length.
         {"POST /cimom HTTP/1.1\r\nHost: x\r\nCIMOperation: MethodCall\r\nConnection: close\r\n"
@@ -656,7 +666,8 @@ TEST_F(CimXmlServerTest, BadRequestsAreRefusedAndTheServerKeepsServing) {
     unknown.replace(unknown.find("\"EnumerateInstanceNames\""), 24, "\"Frobnicate\"");
     const HttpReply not_supported = raw_request(port, post(unknown));
     EXPECT_EQ(not_supported.status, 200);
-    EXPECT_NE(not_supported.body.find("<ERROR CODE=\"7\""), std::string::npos) << not_supported.body;
+    EXPECT_NE(not_supported.body.find("<ERROR CODE=\"7\""), std::string::npos)
+        << not_supported.body;
 
     // Clients in parallel all get the whole answer.
     std::vector<HttpReply> replies(8);
@@ -685,8 +696,10 @@ TEST_F(CimXmlServerTest, WithAUserOnlyItsCredentialsAreServed) {
     EXPECT_NE(anonymous.head.find("WWW-Authenticate: Basic realm="), std::string::npos)
         << anonymous.head;
     // base64("admin:wrong") and base64("admin:s3cret")
-    EXPECT_EQ(raw_request(port, post(body, "Authorization: Basic YWRtaW46d3Jvbmc=\r\n")).status, 401);
-    EXPECT_EQ(raw_request(port, post(body, "Authorization: Basic YWRtaW46czNjcmV0\r\n")).status, 200);
+    EXPECT_EQ(raw_request(port, post(body, "Authorization: Basic YWRtaW46d3Jvbmc=\r\n")).status,
+              401);
+    EXPECT_EQ(raw_request(port, post(body, "Authorization: Basic YWRtaW46czNjcmV0\r\n")).status,
+              200);
 
     const std::string where = "127.0.0.1:" + std::to_string(port) + "/root/cimv2:VORNA_ZoneService";
     const Outcome refused = run("wbemcli", {"ein", "http://admin:nope@" + where});
