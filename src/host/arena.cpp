@@ -23,25 +23,33 @@ Arena::Arena(bool shared) : lock_(shared ? std::make_unique<std::mutex>() : null
 
 Arena::~Arena() {
     // Newest first: nothing depends on that (nodes hold only raw pointers to
-    // each other and free nothing but themselves), but it mirrors creation.
-    while (!nodes_.empty()) nodes_.pop_back();
+    // each other and free nothing but what they own), but it mirrors
+    // creation. Their memory goes with region_.
+    while (newest_ != nullptr) {
+        Node *node = newest_;
+        newest_ = node->previous;
+        node->~Node();
+    }
 }
 
-void Arena::adopt(std::unique_ptr<Node> node) {
-    if (lock_) {
-        std::lock_guard<std::mutex> guard(*lock_);
-        nodes_.push_back(std::move(node));
-        return;
-    }
-    nodes_.push_back(std::move(node));
+void *Arena::allocate(std::size_t bytes, std::size_t alignment) {
+    std::unique_lock<std::mutex> guard;
+    if (lock_) guard = std::unique_lock<std::mutex>(*lock_);
+    return region_.allocate(bytes, alignment);
+}
+
+void Arena::adopt(Node *node) {
+    std::unique_lock<std::mutex> guard;
+    if (lock_) guard = std::unique_lock<std::mutex>(*lock_);
+    node->previous = newest_;
+    newest_ = node;
+    ++count_;
 }
 
 std::size_t Arena::size() const {
-    if (lock_) {
-        std::lock_guard<std::mutex> guard(*lock_);
-        return nodes_.size();
-    }
-    return nodes_.size();
+    std::unique_lock<std::mutex> guard;
+    if (lock_) guard = std::unique_lock<std::mutex>(*lock_);
+    return count_;
 }
 
 Arena &processArena() {

@@ -26,12 +26,10 @@ constexpr CMPIStringFT kStringTable = {
 
 // hdl is the characters: CMGetCharPtr reads it directly. The text is never
 // changed after construction, so the pointer stays valid for the lifetime.
-StringState::StringState(std::string_view text)
-    : Object(&kStringTable),
-      block(new char[sizeof(StringState *) + text.size() + 1]),
-      length(text.size()) {
+StringState::StringState(std::string_view text, char *block_memory)
+    : Object(&kStringTable), block(block_memory), length(text.size()) {
     StringState *self = this;
-    std::memcpy(block.get(), &self, sizeof self);
+    std::memcpy(block, &self, sizeof self);
     std::memcpy(chars(), text.data(), text.size());
     chars()[text.size()] = '\0';
     pair.hdl = chars();
@@ -47,7 +45,9 @@ StringState *StringState::fromHdl(void *hdl) {
 }
 
 CMPIString *makeString(Arena &arena, std::string_view text) {
-    return arena.make<StringState>(text)->cmpi();
+    auto *block = static_cast<char *>(
+        arena.allocate(StringState::kBlockOverhead + text.size(), alignof(StringState *)));
+    return arena.make<StringState>(text, block)->cmpi();
 }
 
 CMPIString *cloneString(Arena &arena, const CMPIString *s) {

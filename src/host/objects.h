@@ -129,15 +129,17 @@ CMPIData getNamedAt(const NamedValues *values, unsigned int index, CMPIString **
 // ---- Objects -----------------------------------------------------------
 
 // The characters live in one block behind a pointer to their node:
-// [StringState*][text][NUL], hdl pointing at the text.
+// [StringState*][text][NUL], hdl pointing at the text. The block is memory
+// of the node's arena (Arena::allocate), of kBlockOverhead + text size bytes.
 struct StringState : Object<CMPIString, CMPIStringFT> {
-    explicit StringState(std::string_view text);
+    static constexpr std::size_t kBlockOverhead = sizeof(StringState *) + 1;
+    StringState(std::string_view text, char *block);
     static const CMPIStringFT *table();
     static StringState *fromHdl(void *hdl);
-    char *chars() const { return block.get() + sizeof(StringState *); }
+    char *chars() const { return block + sizeof(StringState *); }
     std::string_view text() const { return {chars(), length}; }
 
-    std::unique_ptr<char[]> block;
+    char *block;
     std::size_t length;
 };
 

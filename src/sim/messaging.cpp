@@ -45,11 +45,13 @@ void mutex_lock(void) {
     m.mutex.lock();
     m.holder.store(std::this_thread::get_id());
     zonesim::beginFaultRequest();  // a request starts here (fault_injection.h)
+    zonesim::beginRequest();
 }
 
 void mutex_unlock(void) {
     ProviderMutex &m = providerMutex();
     if (m.holder.load() != std::this_thread::get_id()) return;
+    zonesim::endRequest();
     m.holder.store(std::thread::id());
     m.mutex.unlock();
 }

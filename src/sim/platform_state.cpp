@@ -50,11 +50,41 @@ int guarded(const std::function<int()> &fn) {
     }
 }
 
+namespace {
+
+// The request running on this thread, if any: the database its session
+// holds and the switch name it has read.
+struct RequestState {
+    bool open = false;
+    std::shared_ptr<Store> session;
+    bool name_known = false;
+    std::string switch_name;
+};
+
+thread_local RequestState t_request;
+
+void endSessionOfRequest() {
+    if (t_request.session) t_request.session->endSession();
+    t_request.session.reset();
+}
+
+// Inside a request, the database joins the request's session (a request
+// that meets another database, ZONE_SIM_DB having changed, moves to it).
+void joinSession(const std::shared_ptr<Store> &store) {
+    if (!t_request.open || t_request.session == store) return;
+    endSessionOfRequest();
+    store->beginSession();
+    t_request.session = store;
+}
+
+}  // namespace
+
 int withStoreNoQueue(bool write, const std::function<int(Store &)> &fn) {
     return guarded([&] {
         int code = 0;
         std::shared_ptr<Store> store = currentStore(&code);
         if (!store) return code;
+        joinSession(store);
         auto work = [&] { return fn(*store); };
         return write ? store->write(work) : store->read(work);
     });
@@ -63,6 +93,33 @@ int withStoreNoQueue(bool write, const std::function<int(Store &)> &fn) {
 int withStore(int queue, bool write, const std::function<int(Store &)> &fn) {
     if (queue != kQueueHandle) return kErrQueueNotOpen;
     return withStoreNoQueue(write, fn);
+}
+
+void beginRequest() {
+    t_request.open = true;
+    t_request.name_known = false;
+}
+
+void endRequest() {
+    endSessionOfRequest();
+    t_request.open = false;
+    t_request.name_known = false;
+}
+
+int switchNameOfRequest(std::string *name) {
+    if (t_request.open && t_request.name_known) {
+        *name = t_request.switch_name;
+        return kOk;
+    }
+    int code = withStoreNoQueue(false, [&](Store &store) {
+        *name = store.switchName();
+        return kOk;
+    });
+    if (code == kOk && t_request.open) {
+        t_request.switch_name = *name;
+        t_request.name_known = true;
+    }
+    return code;
 }
 
 }  // namespace zonesim

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "sim/store.h"
 
@@ -28,5 +29,17 @@ int withStoreNoQueue(bool write, const std::function<int(Store &)> &fn);
 
 // Runs fn, answering kErrUnknown for anything it throws.
 int guarded(const std::function<int()> &fn);
+
+// A request of the provider is what runs on one thread between mutex_lock()
+// and mutex_unlock(). Its reads share one read transaction of the database
+// (a session, store.h), which the request holds until it ends: an
+// enumeration makes a query per VSAN or per zone, thousands in all. The
+// builders ask for the switch's name for every path they make; inside a
+// request it is read once and kept until the request ends. Outside a
+// request every call is a transaction of its own and reads the name anew.
+void beginRequest();
+void endRequest();
+// The switch's name as getCSName hands it out; 0 or the simulator code.
+int switchNameOfRequest(std::string *name);
 
 }  // namespace zonesim

@@ -3,6 +3,7 @@
 // arrays with one free(), lists node by node.
 #pragma once
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -21,14 +22,22 @@ void copyText(char (&field)[N], const std::string &text) {
     field[n] = '\0';
 }
 
+// The InstanceIDs are written straight into the record, in the form of
+// ZoningObject::instanceId() and Member::instanceId(): enumerations fill
+// tens of thousands of records, and building each text as a string first
+// cost as much as the query that found the object.
 template <typename Record>
 void fillRecord(Record *record, const ZoningObject &object) {
-    copyText(record->instance_id, object.instanceId());
+    std::snprintf(record->instance_id, sizeof record->instance_id, "%d^%d^%d", object.vsan,
+                  object.number, object.active ? 1 : 0);
     copyText(record->name, object.name);
 }
 
 inline void fillRecord(ZoneMemberRecord *record, const Member &member) {
-    copyText(record->instance_id, member.instanceId());
+    // A text that doesn't fit is cut to the field, as copyText cuts it.
+    std::snprintf(record->instance_id, sizeof record->instance_id, "%d^%u^%s^%d", member.vsan,
+                  static_cast<unsigned>(member.cim_type), member.id_text.c_str(),
+                  member.active ? 1 : 0);
     record->cim_member_type = member.cim_type;
     copyText(record->member_value, member.value_text);
 }

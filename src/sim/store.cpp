@@ -356,8 +356,11 @@ Store::Opened Store::open(const std::string &path) {
     Opened opened;
     bool fresh = fileIsEmptyOrMissing(path);
     sqlite3 *db = nullptr;
+    // No mutex of SQLite's own: a Store is used only inside transact(), under
+    // its lock_, and SQLite's serialized mode would take a second mutex on
+    // every call, each column read of each row included.
     int rc = sqlite3_open_v2(path.c_str(), &db,
-                             SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
+                             SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
                              nullptr);
     if (rc != SQLITE_OK) {
         opened.code = kErrStorage;
@@ -398,6 +401,7 @@ Store::Store(std::string path, sqlite3 *db)
     : path_(std::move(path)), db_(db), statements_(std::make_unique<Statements>()) {}
 
 Store::~Store() {
+    endSession();
     statements_.reset();
     sqlite3_close(db_);
 }
@@ -417,8 +421,48 @@ int Store::control(const char *sql) {
     return rc == SQLITE_DONE ? SQLITE_OK : rc;
 }
 
+void Store::beginSession() {
+    if (session_owner_.load() == std::this_thread::get_id()) return;
+    lock_.lock();
+    session_owner_.store(std::this_thread::get_id());
+}
+
+void Store::endSession() {
+    if (session_owner_.load() != std::this_thread::get_id()) return;
+    endSessionRead();
+    session_owner_.store(std::thread::id());
+    lock_.unlock();
+}
+
+void Store::endSessionRead() {
+    if (!session_read_open_) return;
+    session_read_open_ = false;
+    if (control("COMMIT") != SQLITE_OK) control("ROLLBACK");
+}
+
+// Nothing to commit or roll back for a read: a failed one leaves the
+// transaction open for the next.
+int Store::sessionRead(const std::function<int()> &fn) {
+    if (!session_read_open_) {
+        int rc = control("BEGIN");
+        if (rc != SQLITE_OK) return failureCode(rc);
+        session_read_open_ = true;
+    }
+    try {
+        return fn();
+    } catch (const StoreFailure &failure) {
+        return failure.code;
+    }
+}
+
 int Store::transact(bool for_write, const std::function<int()> &fn) {
-    std::lock_guard<std::mutex> guard(lock_);
+    std::unique_lock<std::mutex> guard(lock_, std::defer_lock);
+    if (session_owner_.load() == std::this_thread::get_id()) {
+        if (!for_write) return sessionRead(fn);
+        endSessionRead();
+    } else {
+        guard.lock();
+    }
     int rc = control(for_write ? "BEGIN IMMEDIATE" : "BEGIN");
     if (rc != SQLITE_OK) return failureCode(rc);
     int code = 0;

@@ -15,7 +15,8 @@
 // between them; the device-alias database; the capacity limits.
 //
 // How it is used: every piece of work runs inside read() or write(), one
-// SQLite transaction each (a write takes the database's write lock at once).
+// SQLite transaction each (a write takes the database's write lock at once),
+// except that the reads of a session share one (beginSession() below).
 // Nothing is cached between transactions, so another process that writes the
 // same file is seen by the next transaction. The methods below may be called
 // only from inside the function given to read() or write(); the commands only
@@ -25,12 +26,14 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 struct sqlite3;
@@ -135,6 +138,18 @@ class Store {
     int read(const std::function<int()> &fn) { return transact(false, fn); }
     int write(const std::function<int()> &fn) { return transact(true, fn); }
 
+    // A session keeps one read transaction open across the read() calls of
+    // one thread, from the first read() after beginSession() to
+    // endSession(): a provider request makes thousands of small queries, and
+    // a transaction apiece cost more than the queries. While the session is
+    // open the Store belongs to its thread; read() and write() on other
+    // threads wait for endSession(). Inside the session a write() first ends
+    // the read transaction, so the write starts from the latest state and
+    // the reads after it see what it did. endSession() on a thread that
+    // holds no session does nothing.
+    void beginSession();
+    void endSession();
+
     // ---- Switch and VSANs ------------------------------------------------
     std::string switchName();
     int setSwitchName(const std::string &name);
@@ -205,6 +220,9 @@ class Store {
   private:
     explicit Store(std::string path, sqlite3 *db);
     int transact(bool for_write, const std::function<int()> &fn);
+    // A read() inside the session of this thread.
+    int sessionRead(const std::function<int()> &fn);
+    void endSessionRead();
     // Runs a transaction control statement; an SQLite result code.
     int control(const char *sql);
     sqlite3_stmt *statement(const char *sql);
@@ -218,6 +236,10 @@ class Store {
     std::string path_;
     sqlite3 *db_;
     std::mutex lock_;
+    // The thread whose session holds lock_ (none: no session), and whether
+    // the session's read transaction is open.
+    std::atomic<std::thread::id> session_owner_{};
+    bool session_read_open_ = false;
     struct Statements;
     std::unique_ptr<Statements> statements_;
 };

@@ -107,15 +107,13 @@ int dm_cim_get_dmEntry(int queue, int vsan, int mode, DomainEntry *entry) {
     return domainEntry(queue, vsan, mode, entry);
 }
 
-// The text stays valid until the next getCSName on the same thread.
+// The text stays valid until the next getCSName on the same thread. Inside a
+// request (platform_state.h) the name is read once per request.
 const char *getCSName(void) {
     thread_local std::string name;
-    std::string found;
-    int code = withStoreNoQueue(false, [&](Store &store) {
-        found = store.switchName();
-        return kOk;
-    });
     try {
+        std::string found;
+        int code = switchNameOfRequest(&found);
         name = code == kOk ? found : std::string(Store::kDefaultSwitchName);
     } catch (...) {
         return Store::kDefaultSwitchName;

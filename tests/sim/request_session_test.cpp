@@ -1,0 +1,121 @@
+// Requests: what runs between mutex_lock() and mutex_unlock() reads one
+// snapshot of the switch in one transaction, sees its own changes, keeps
+// other threads out of the database until it ends, and reads the switch's
+// name once.
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "sim_switch_support.h"
+
+namespace simtest {
+namespace {
+
+class RequestTest : public SwitchTest {
+  protected:
+    // Another process's connection to the same database file.
+    void renameFromOutside(const std::string &name) {
+        zonesim::Store::Opened other = zonesim::Store::open(db_);
+        ASSERT_TRUE(other.store) << other.message;
+        ASSERT_EQ(0, other.store->write([&] { return other.store->setSwitchName(name); }));
+    }
+    void createFromOutside(const std::string &zone) {
+        zonesim::Store::Opened other = zonesim::Store::open(db_);
+        ASSERT_TRUE(other.store) << other.message;
+        ASSERT_EQ(0, other.store->write([&] {
+            return other.store->createObject(1, zonesim::ObjectKind::Zone, zone, nullptr);
+        }));
+    }
+};
+
+TEST_F(RequestTest, ARequestReadsOneSnapshotAndTheNextOneSeesLaterChanges) {
+    create(1, ZP_OBJECT_ZONE, "before");
+
+    mutex_lock();
+    EXPECT_EQ(std::vector<std::string>({"before"}), zones(1, false));
+    const std::string name_in_request = getCSName();
+    createFromOutside("outside");
+    renameFromOutside("renamed-switch");
+    // Still the snapshot of the request's first read, name included.
+    EXPECT_EQ(std::vector<std::string>({"before"}), zones(1, false));
+    EXPECT_EQ(name_in_request, getCSName());
+    mutex_unlock();
+
+    mutex_lock();
+    EXPECT_EQ(std::vector<std::string>({"before", "outside"}), zones(1, false));
+    EXPECT_STREQ("renamed-switch", getCSName());
+    mutex_unlock();
+
+    // Outside a request every call reads the latest state.
+    renameFromOutside("renamed-again");
+    EXPECT_STREQ("renamed-again", getCSName());
+}
+
+TEST_F(RequestTest, ARequestSeesItsOwnChangesAndLeavesNothingOpen) {
+    mutex_lock();
+    EXPECT_TRUE(zones(1, false).empty());
+    const int zone = create(1, ZP_OBJECT_ZONE, "made_in_request");
+    EXPECT_EQ(std::vector<std::string>({"made_in_request"}), zones(1, false));
+    EXPECT_EQ(0, member(1, ZP_OBJECT_ZONE, zone, 2, "2100000000000001"));
+    EXPECT_EQ(1u, zoneMembers(id(1, zone)).size());
+    // A failed write in the middle does not end the request's reads.
+    EXPECT_EQ(kAlreadyPresent, createError(1, ZP_OBJECT_ZONE, "made_in_request"));
+    EXPECT_EQ(1u, zones(1, false).size());
+    mutex_unlock();
+
+    // Committed, and the database is free for another connection's writes.
+    createFromOutside("after_request");
+    EXPECT_EQ(std::vector<std::string>({"made_in_request", "after_request"}), zones(1, false));
+}
+
+TEST_F(RequestTest, OtherThreadsWaitForTheRequestAndThenSucceed) {
+    std::atomic<bool> request_over{false};
+    std::atomic<bool> other_started{false};
+    int other_rc = -1;
+    bool other_saw_request_over = false;
+
+    mutex_lock();
+    EXPECT_TRUE(zones(1, false).empty());  // the request now holds the database
+    std::thread other([&] {
+        other_started = true;
+        void *record = nullptr;
+        int error = 0;
+        // No mutex: a caller that doesn't take it still may not run inside
+        // the request's transaction.
+        other_rc = zs_cim_create_zoning_object(q_, ZP_OP_ADD, 1, ZP_OBJECT_ZONE_SET, "other",
+                                               &record, &error);
+        std::free(record);
+        other_saw_request_over = request_over.load();
+    });
+    while (!other_started) std::this_thread::yield();
+    // Gives the other thread the time to reach the database; were it not
+    // kept waiting, it would finish before the request is over.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_TRUE(zoneSets(1, false).empty());
+    request_over = true;
+    mutex_unlock();
+    other.join();
+
+    EXPECT_EQ(0, other_rc);
+    EXPECT_TRUE(other_saw_request_over);
+    EXPECT_EQ(std::vector<std::string>({"other"}), zoneSets(1, false));
+}
+
+TEST_F(RequestTest, ARequestFollowsTheDatabaseWhenZoneSimDbChanges) {
+    create(1, ZP_OBJECT_ZONE, "first_db_zone");
+    const std::string second = dir_ + "/second.db";
+
+    mutex_lock();
+    EXPECT_EQ(1u, zones(1, false).size());
+    setenv("ZONE_SIM_DB", second.c_str(), 1);
+    EXPECT_TRUE(zones(1, false).empty());  // a new, empty switch
+    create(1, ZP_OBJECT_ZONE, "second_db_zone");
+    mutex_unlock();
+
+    EXPECT_EQ(std::vector<std::string>({"second_db_zone"}), zones(1, false));
+    setenv("ZONE_SIM_DB", db_.c_str(), 1);
+    EXPECT_EQ(std::vector<std::string>({"first_db_zone"}), zones(1, false));
+}
+
+}  // namespace
+}  // namespace simtest
