@@ -9,6 +9,7 @@ packages=(
   libsqlite3-dev sqlite3 nlohmann-json3-dev libcli11-dev
   libcpp-httplib-dev libpugixml-dev
   valgrind sblim-wbemcli
+  clang libclang-rt-14-dev
 )
 
 missing=()
