@@ -28,7 +28,7 @@ constexpr CMPIStringFT kStringTable = {
 // changed after construction, so the pointer stays valid for the lifetime.
 StringState::StringState(std::string_view text, char *block_memory)
     : Object(&kStringTable), block(block_memory), length(text.size()) {
-    StringState *self = this;
+    const auto self = reinterpret_cast<std::uintptr_t>(this);
     std::memcpy(block, &self, sizeof self);
     std::memcpy(chars(), text.data(), text.size());
     chars()[text.size()] = '\0';
@@ -39,9 +39,9 @@ const CMPIStringFT *StringState::table() {
 }
 
 StringState *StringState::fromHdl(void *hdl) {
-    StringState *state;
+    std::uintptr_t state = 0;
     std::memcpy(&state, static_cast<char *>(hdl) - sizeof state, sizeof state);
-    return state;
+    return reinterpret_cast<StringState *>(state);
 }
 
 CMPIString *makeString(Arena &arena, std::string_view text) {

@@ -21,6 +21,7 @@
 #include <cmpidt.h>
 #include <cmpift.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -129,14 +130,14 @@ CMPIData getNamedAt(const NamedValues *values, unsigned int index, CMPIString **
 // ---- Objects -----------------------------------------------------------
 
 // The characters live in one block behind a pointer to their node:
-// [StringState*][text][NUL], hdl pointing at the text. The block is memory
+// [address of the StringState][text][NUL], hdl pointing at the text. The block is memory
 // of the node's arena (Arena::allocate), of kBlockOverhead + text size bytes.
 struct StringState : Object<CMPIString, CMPIStringFT> {
-    static constexpr std::size_t kBlockOverhead = sizeof(StringState *) + 1;
+    static constexpr std::size_t kBlockOverhead = sizeof(std::uintptr_t) + 1;
     StringState(std::string_view text, char *block);
     static const CMPIStringFT *table();
     static StringState *fromHdl(void *hdl);
-    char *chars() const { return block + sizeof(StringState *); }
+    char *chars() const { return block + sizeof(std::uintptr_t); }
     std::string_view text() const { return {chars(), length}; }
 
     char *block;

@@ -39,7 +39,7 @@ std::string standard_description(int code) {
     return "CIM status code " + std::to_string(code);
 }
 
-CimError::CimError(int code, std::optional<std::string> description)
+CimError::CimError(int code, const std::optional<std::string> &description)
     : std::runtime_error(description.value_or(standard_description(code))),
       code_(code),
       description_(description.value_or(standard_description(code))) {}

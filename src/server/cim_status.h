@@ -31,7 +31,7 @@ std::string standard_description(int code);
 class CimError : public std::runtime_error {
   public:
     // Without a description the standard text of the code is sent.
-    explicit CimError(int code, std::optional<std::string> description = std::nullopt);
+    explicit CimError(int code, const std::optional<std::string> &description = std::nullopt);
     int code() const { return code_; }
     const std::string &description() const { return description_; }
 

@@ -140,6 +140,7 @@ class SignalWatch {
         sigemptyset(&signals_);
         sigaddset(&signals_, SIGINT);
         sigaddset(&signals_, SIGTERM);
+        sigaddset(&signals_, kWakeSignal);
         pthread_sigmask(SIG_BLOCK, &signals_, &previous_);
         thread_ = std::thread([this] { watch(); });
     }
@@ -150,7 +151,7 @@ class SignalWatch {
         }
         changed_.notify_all();
         // Wakes sigwait when no signal came.
-        pthread_kill(thread_.native_handle(), SIGTERM);
+        pthread_kill(thread_.native_handle(), kWakeSignal);
         thread_.join();
         // Takes the wake-up (or a late signal) before unblocking, so that it
         // doesn't end the process.
@@ -165,11 +166,19 @@ class SignalWatch {
     bool signalled() const { return signalled_; }
 
   private:
+    // Only the destructor sends it, to end sigwait when no signal came.
+    static constexpr int kWakeSignal = SIGUSR2;
+
     void watch() {
         int signal = 0;
-        sigwait(&signals_, &signal);
-        std::unique_lock<std::mutex> lock(mutex_);
-        if (finished_) return;
+        std::unique_lock<std::mutex> lock(mutex_, std::defer_lock);
+        for (;;) {
+            sigwait(&signals_, &signal);
+            lock.lock();
+            if (finished_) return;
+            if (signal != kWakeSignal) break;
+            lock.unlock();
+        }
         signalled_ = true;
         say(std::string("stopping on ") + (signal == SIGINT ? "SIGINT" : "SIGTERM"));
         // stop() does nothing until the server runs; ask again until the
@@ -233,7 +242,7 @@ void configure(httplib::Server &server, const ServeOptions &options, const CimXm
         if (answer.http_status == 200) {
             res.set_header("CIMOperation", "MethodResponse");
             res.set_header("Cache-Control", "no-cache");
-            res.set_content(std::move(answer.body), kXmlContentType);
+            res.set_content(answer.body, kXmlContentType);
         }
     });
     server.Get(R"(.*)", answer_not_implemented);

@@ -501,9 +501,6 @@ std::string Member::instanceId() const {
 
 namespace {
 
-constexpr const char *kSelectVsan =
-    "SELECT number, name, domain_id, switch_wwn, principal_wwn FROM vsan ";
-
 VsanInfo vsanFromRow(const Query &q) {
     VsanInfo info;
     info.number = q.integer(0);

@@ -220,7 +220,9 @@ int run_verb(Command &command) {
 
 }  // namespace
 
-int main(int argc, char **argv) {
+namespace {
+
+int run_command_line(int argc, char **argv) {
     CLI::App app{
         "zonecim: one CIM operation of the zone provider, run in-process and printed "
         "as wbemcli prints it"};
@@ -267,4 +269,19 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "zonecim: %s\n", e.what());
         return kExitFailed;
     }
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    // Anything thrown while the command line is being set up (a failed
+    // allocation, a library's own error) ends the command with a message.
+    try {
+        return run_command_line(argc, argv);
+    } catch (const std::exception &e) {
+        std::fprintf(stderr, "zonecim: %s\n", e.what());
+    } catch (...) {
+        std::fprintf(stderr, "zonecim: unexpected failure\n");
+    }
+    return kExitFailed;
 }
