@@ -33,6 +33,7 @@
 
 #include "sim/fabric.h"
 #include "sim/store.h"
+#include "host/quiet_stdout.h"
 
 namespace zonebench {
 
@@ -236,28 +237,18 @@ inline void timeStep(benchmark::State &state, const std::function<void()> &prepa
 // a stream on the original standard output for the reports.
 class QuietStdout {
   public:
-    QuietStdout() {
-        std::fflush(stdout);
-        saved_ = dup(STDOUT_FILENO);
-        const int null_fd = open("/dev/null", O_WRONLY);
-        dup2(null_fd, STDOUT_FILENO);
-        close(null_fd);
-        buffer_ = std::make_unique<__gnu_cxx::stdio_filebuf<char>>(dup(saved_), std::ios::out);
-        stream_ = std::make_unique<std::ostream>(buffer_.get());
-    }
-    ~QuietStdout() {
-        stream_->flush();
-        std::fflush(stdout);
-        dup2(saved_, STDOUT_FILENO);
-        close(saved_);
-    }
+    QuietStdout()
+        : buffer_(std::make_unique<__gnu_cxx::stdio_filebuf<char>>(dup(quiet_.original()),
+                                                                   std::ios::out)),
+          stream_(std::make_unique<std::ostream>(buffer_.get())) {}
+    ~QuietStdout() { stream_->flush(); }
     QuietStdout(const QuietStdout &) = delete;
     QuietStdout &operator=(const QuietStdout &) = delete;
 
     std::ostream &out() { return *stream_; }
 
   private:
-    int saved_;
+    cmpihost::QuietStdout quiet_;
     std::unique_ptr<__gnu_cxx::stdio_filebuf<char>> buffer_;
     std::unique_ptr<std::ostream> stream_;
 };

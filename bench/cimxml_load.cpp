@@ -22,6 +22,8 @@
 #include <thread>
 #include <vector>
 
+#include "server/xml_writer.h"
+
 namespace {
 
 struct Options {
@@ -84,24 +86,7 @@ Options parse_options(int argc, char **argv) {
 
 std::string escaped(std::string_view text) {
     std::string out;
-    for (char c : text) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            default:
-                out += c;
-        }
-    }
+    zoneserver::append_escaped(out, text);
     return out;
 }
 

@@ -35,6 +35,7 @@
 #include <vector>
 
 #include "host/cmpihost.h"
+#include "host/quiet_stdout.h"
 
 namespace {
 
@@ -81,28 +82,7 @@ long heap_in_use() {
     return static_cast<long>(mallinfo2().uordblks);
 }
 
-// Standard output pointed at /dev/null while it lives: the provider traces
-// every call there.
-class QuietStdout {
-  public:
-    QuietStdout() {
-        std::fflush(stdout);
-        saved_ = dup(STDOUT_FILENO);
-        const int null_fd = open("/dev/null", O_WRONLY);
-        dup2(null_fd, STDOUT_FILENO);
-        close(null_fd);
-    }
-    ~QuietStdout() {
-        std::fflush(stdout);
-        dup2(saved_, STDOUT_FILENO);
-        close(saved_);
-    }
-    QuietStdout(const QuietStdout &) = delete;
-    QuietStdout &operator=(const QuietStdout &) = delete;
-
-  private:
-    int saved_;
-};
+using cmpihost::QuietStdout;
 
 bool load_fabric(const Options &options) {
     const pid_t child = fork();
@@ -228,13 +208,7 @@ class Soak {
         return path;
     }
     static std::string return_text(const cmpihost::Request &request) {
-        std::string text;
-        for (const cmpihost::Delivery &d : request.deliveries()) {
-            if (d.kind == cmpihost::Delivery::Kind::Data &&
-                (d.data.type == CMPI_chars || d.data.type == CMPI_string))
-                text = cmpihost::dataText(d.data);
-        }
-        return text;
+        return cmpihost::returnedText(request);
     }
 
     bool enum_names(const char *cls) {

@@ -443,15 +443,6 @@ std::string outputInstanceId(const CMPIArgs *out, const char *name) {
     return cmpihost::dataText(ref.value.ref->ft->getKey(ref.value.ref, "InstanceID", nullptr));
 }
 
-// The method's return value: the last value handed to the result, as text
-// ("" when none). Some methods hand over a 0 before their return text.
-std::string returnedText(const cmpihost::Request &request) {
-    std::string text;
-    for (const cmpihost::Delivery &d : request.deliveries())
-        if (d.kind == cmpihost::Delivery::Kind::Data) text = cmpihost::dataText(d.data);
-    return text;
-}
-
 void change(int size, const std::string &operation, Prepare prepare,
             std::function<cmpihost::Status(cmpihost::Request &, Change &)> op, Undo undo) {
     add(Entry{operation, size, false, Scaling::Flat}, [=](benchmark::State &state) {
@@ -470,7 +461,7 @@ void change(int size, const std::string &operation, Prepare prepare,
             [&] {
                 cmpihost::Request request;
                 const cmpihost::Status status = op(request, *current);
-                const std::string text = returnedText(request);
+                const std::string text = cmpihost::returnedText(request);
                 if (status.rc != CMPI_RC_OK)
                     failure = cmpihost::describe(status);
                 else if (!text.empty() && text != "Success")

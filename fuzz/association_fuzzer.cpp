@@ -54,11 +54,8 @@ void run_one(zonefuzz::InputBuilder &in, CMPIAssociationMI *mi) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
-    const zonefuzz::Interfaces &mi = zonefuzz::interfaces();
-    // Nothing here writes to the switch; the check is a cheap safeguard.
-    zonefuzz::restore_fabric_if_changed();
-    FuzzedDataProvider data(bytes, size);
-    zonefuzz::InputBuilder in(data);
-    for (int i = 0; i < kMaxOperations && in.more(); ++i) run_one(in, mi.association);
-    return 0;
+    return zonefuzz::run_input(bytes, size, kMaxOperations,
+                               [](zonefuzz::InputBuilder &in, const zonefuzz::Interfaces &mi) {
+                                   run_one(in, mi.association);
+                               });
 }

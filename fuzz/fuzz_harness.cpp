@@ -501,24 +501,30 @@ CMPIValue InputBuilder::value(CMPIType *type, bool *null_value, int depth) {
     return v;
 }
 
+namespace {
+
+// What addKey and addArg take for a value: the characters themselves for
+// CMPI_chars, null for a null value, else the value.
+const CMPIValue *stored_form(const CMPIValue &v, CMPIType type, bool null_value) {
+    if (null_value) return nullptr;
+    if (type == CMPI_chars) return reinterpret_cast<const CMPIValue *>(v.chars);
+    return &v;
+}
+
+}  // namespace
+
 void InputBuilder::add_key(CMPIObjectPath *path, const char *name, int depth) {
     CMPIType type = CMPI_null;
     bool null_value = false;
     const CMPIValue v = value(&type, &null_value, depth);
-    const CMPIValue *stored = null_value ? nullptr
-                              : type == CMPI_chars ? reinterpret_cast<const CMPIValue *>(v.chars)
-                                                   : &v;
-    path->ft->addKey(path, name, stored, type);
+    path->ft->addKey(path, name, stored_form(v, type, null_value), type);
 }
 
 void InputBuilder::add_argument(CMPIArgs *args, const char *name, int depth) {
     CMPIType type = CMPI_null;
     bool null_value = false;
     const CMPIValue v = value(&type, &null_value, depth);
-    const CMPIValue *stored = null_value ? nullptr
-                              : type == CMPI_chars ? reinterpret_cast<const CMPIValue *>(v.chars)
-                                                   : &v;
-    args->ft->addArg(args, name, stored, type);
+    args->ft->addArg(args, name, stored_form(v, type, null_value), type);
 }
 
 CMPIObjectPath *InputBuilder::known_path() {

@@ -104,4 +104,17 @@ class InputBuilder {
     std::vector<std::string> remembered_;
 };
 
+// One input: the switch back to the example fabric, then up to
+// max_operations steps, each handed the input's builder and the provider's
+// interfaces, while the input has bytes left.
+template <typename Step>
+int run_input(const std::uint8_t *bytes, std::size_t size, int max_operations, Step step) {
+    const Interfaces &mi = interfaces();
+    restore_fabric_if_changed();
+    FuzzedDataProvider data(bytes, size);
+    InputBuilder in(data);
+    for (int i = 0; i < max_operations && in.more(); ++i) step(in, mi);
+    return 0;
+}
+
 }  // namespace zonefuzz

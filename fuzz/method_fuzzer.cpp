@@ -58,15 +58,11 @@ void read_or_delete(zonefuzz::InputBuilder &in, const zonefuzz::Interfaces &mi) 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
-    const zonefuzz::Interfaces &mi = zonefuzz::interfaces();
-    zonefuzz::restore_fabric_if_changed();
-    FuzzedDataProvider data(bytes, size);
-    zonefuzz::InputBuilder in(data);
-    for (int i = 0; i < kMaxOperations && in.more(); ++i) {
-        if (in.number<int>(0, 3) != 0)
-            invoke(in, mi.method);
-        else
-            read_or_delete(in, mi);
-    }
-    return 0;
+    return zonefuzz::run_input(bytes, size, kMaxOperations,
+                               [](zonefuzz::InputBuilder &in, const zonefuzz::Interfaces &mi) {
+                                   if (in.number<int>(0, 3) != 0)
+                                       invoke(in, mi.method);
+                                   else
+                                       read_or_delete(in, mi);
+                               });
 }

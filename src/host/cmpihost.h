@@ -126,6 +126,9 @@ std::string valueToString(const CMPIData &data);
 // The plain text of a value: the characters of a string or chars value
 // unquoted, a reference as pathToString, anything else as valueToString.
 std::string dataText(const CMPIData &data);
+// What a method call returned: the text of the last string (or chars)
+// value handed to the request's result; empty when there was none.
+std::string returnedText(const Request &request);
 
 // ---- Providers --------------------------------------------------------
 struct Status {

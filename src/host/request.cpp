@@ -156,6 +156,16 @@ Request::Impl &Request::impl() {
     return *impl_;
 }
 
+std::string returnedText(const Request &request) {
+    std::string text;
+    for (const Delivery &d : request.deliveries()) {
+        if (d.kind == Delivery::Kind::Data &&
+            (d.data.type == CMPI_chars || d.data.type == CMPI_string))
+            text = dataText(d.data);
+    }
+    return text;
+}
+
 std::size_t liveObjectCount() {
     return detail::liveNodes();
 }

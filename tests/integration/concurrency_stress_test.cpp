@@ -225,11 +225,7 @@ class Client {
         fill(request, in);
         CMPIArgs *out = request.newArgs();
         const cmpihost::Status status = provider_.invokeMethod(request, target, method, in, out);
-        std::string answer = "<no answer>";
-        for (const cmpihost::Delivery &d : request.deliveries())
-            if (d.kind == cmpihost::Delivery::Kind::Data &&
-                (d.data.type == CMPI_chars || d.data.type == CMPI_string))
-                answer = cmpihost::dataText(d.data);
+        const std::string answer = cmpihost::returnedText(request);
         if (status.rc != CMPI_RC_OK || answer != "Success") {
             problem(std::string(method) + " answered " + cmpihost::describe(status) + " / " +
                     answer);

@@ -98,13 +98,7 @@ class ChangeSeries {
 
     // The method's return text is the last text handed to the result.
     static std::string return_text(const cmpihost::Request &request) {
-        std::string text;
-        for (const cmpihost::Delivery &d : request.deliveries()) {
-            if (d.kind == cmpihost::Delivery::Kind::Data &&
-                (d.data.type == CMPI_chars || d.data.type == CMPI_string))
-                text = cmpihost::dataText(d.data);
-        }
-        return text;
+        return cmpihost::returnedText(request);
     }
 
     bool invoke(cmpihost::Request &request, const char *method, CMPIArgs *in, CMPIArgs *out) {

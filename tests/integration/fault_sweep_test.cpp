@@ -149,12 +149,9 @@ class FaultSweepTest : public SwitchTest {
         }
         if (result.reached()) ++faulted_requests_;
         result.done = request.doneCount();
-        for (const cmpihost::Delivery &d : request.deliveries()) {
+        for (const cmpihost::Delivery &d : request.deliveries())
             result.items.push_back(rendered(d, rendering_));
-            if (d.kind == cmpihost::Delivery::Kind::Data &&
-                (d.data.type == CMPI_chars || d.data.type == CMPI_string))
-                result.return_text = cmpihost::dataText(d.data);
-        }
+        result.return_text = cmpihost::returnedText(request);
         return result;
     }
 

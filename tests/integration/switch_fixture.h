@@ -19,33 +19,15 @@
 #include <vector>
 
 #include "host/cmpihost.h"
+#include "host/quiet_stdout.h"
 
 namespace zonetest {
 
 inline const char *kNamespace = "root/cimv2";
 
-// The provider traces every call on standard output; tests keep stdout for
-// their own report, so provider calls run with it pointed at /dev/null.
-class QuietStdout {
-  public:
-    QuietStdout() {
-        std::fflush(stdout);
-        saved_ = dup(STDOUT_FILENO);
-        const int null_fd = open("/dev/null", O_WRONLY);
-        dup2(null_fd, STDOUT_FILENO);
-        close(null_fd);
-    }
-    ~QuietStdout() {
-        std::fflush(stdout);
-        dup2(saved_, STDOUT_FILENO);
-        close(saved_);
-    }
-    QuietStdout(const QuietStdout &) = delete;
-    QuietStdout &operator=(const QuietStdout &) = delete;
-
-  private:
-    int saved_;
-};
+// Provider calls run with standard output pointed at /dev/null: tests keep
+// it for their own report.
+using cmpihost::QuietStdout;
 
 // Runs the zonecim command with the given arguments; its exit status.
 inline int run_zonecim(const std::vector<std::string> &args, std::string *out = nullptr) {
