@@ -21,6 +21,7 @@
 // the properties a zoning client reads (see each builder).
 #include <strings.h>
 
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -31,6 +32,7 @@
 
 #include "platform/zoning_platform.h"
 #include "sim/fault_injection.h"
+#include "sim/member_identity.h"
 #include "sim/member_types.h"
 #include "sim/sim_records.h"
 
@@ -118,9 +120,13 @@ class FieldText {
     char text_[N + 1];
 };
 
+// A number in decimal, as "%d" writes it.
 class NumberText {
   public:
-    explicit NumberText(int number) { std::snprintf(text_, sizeof text_, "%d", number); }
+    explicit NumberText(int number) {
+        auto written = std::to_chars(text_, text_ + sizeof text_ - 1, number);
+        *written.ptr = '\0';
+    }
     const char *c_str() const { return text_; }
 
   private:
@@ -170,6 +176,17 @@ bool set_property(CMPIInstance *instance, const Value &value) {
            CMPI_RC_OK;
 }
 
+// Whether an instance made from a path of these keys already holds the key
+// as a property: a broker may copy a path's keys into the new instance, and
+// setting them again would only copy each value once more.
+bool carries_key(const CMPIInstance *instance, const Value &key) {
+    CMPIStatus status{CMPI_RC_OK, nullptr};
+    CMPIData held = instance->ft->getProperty(instance, key.name(), &status);
+    if (status.rc != CMPI_RC_OK || (held.state & CMPI_nullValue) != 0) return false;
+    if (key.type() == CMPI_chars) return held.type == CMPI_string || held.type == CMPI_chars;
+    return held.type == key.type();
+}
+
 // An instance on the path of its keys: the keys always, the other
 // properties when present and asked for.
 CMPIInstance *keyed_instance(const CMPIBroker *broker, const char *ns, const char *cls, Values keys,
@@ -182,7 +199,7 @@ CMPIInstance *keyed_instance(const CMPIBroker *broker, const char *ns, const cha
         return nullptr;
     }
     for (const Value &key : keys) {
-        if (!set_property(instance, key)) return nullptr;
+        if (!carries_key(instance, key) && !set_property(instance, key)) return nullptr;
     }
     for (const Value &property : properties) {
         if (property.absent() || !is_wanted(props, property.name())) continue;
@@ -203,17 +220,12 @@ std::optional<bool> active_of_object(const char *instance_id) {
     return active != 0;
 }
 
+// What zs_cim_get_fields_from_member_instance_id would say of the id, without
+// decoding the member.
 std::optional<bool> active_of_member(const char *instance_id) {
-    int vsan = 0;
-    uint8_t code = 0;
-    unsigned char value[zonesim::kMemberTextSize];
-    int length = 0;
-    int active = 0;
-    if (zs_cim_get_fields_from_member_instance_id(instance_id, &vsan, &code, value, &length,
-                                                  &active, 0) != 0) {
-        return std::nullopt;
-    }
-    return active != 0;
+    bool active = false;
+    if (zonesim::activeOfMemberInstanceId(instance_id, &active) != 0) return std::nullopt;
+    return active;
 }
 
 // The VSAN's name as the simulated VSAN table describes it; false when the
@@ -316,8 +328,10 @@ CMPIInstance *zone_service_build_instance(const char *cls, const char *ns, int v
                                           const CMPIBroker *broker) {
     if (zonesim::injectFault(__func__)) return nullptr;
     NumberText name(vsan);
-    char element_name[48];
-    std::snprintf(element_name, sizeof element_name, "Zone service of VSAN %d", vsan);
+    static constexpr char kElementNamePrefix[] = "Zone service of VSAN ";
+    char element_name[sizeof kElementNamePrefix + 16];
+    std::memcpy(element_name, kElementNamePrefix, sizeof kElementNamePrefix - 1);
+    std::strcpy(element_name + sizeof kElementNamePrefix - 1, name.c_str());
     const Value keys[] = {Value::text("SystemCreationClassName", kVsanClass),
                           Value::text("SystemName", name.c_str()),
                           Value::text("CreationClassName", cls), Value::text("Name", name.c_str())};

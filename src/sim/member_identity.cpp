@@ -2,6 +2,7 @@
 #include "sim/member_identity.h"
 
 #include <cstring>
+#include <optional>
 
 #include "sim/member_types.h"
 #include "sim/sim_errors.h"
@@ -98,11 +99,34 @@ int memberFromValue(int vsan, bool active, std::uint32_t code, const unsigned ch
     return 0;
 }
 
-int memberFromInstanceId(const char *instance_id, Member *out) {
-    if (instance_id == nullptr) return kErrInvalidArgument;
+namespace {
+
+std::optional<MemberInstanceIdFields> memberIdFields(const char *instance_id) {
+    if (instance_id == nullptr) return std::nullopt;
     auto fields = split_member_instance_id(instance_id);
-    if (!fields || fields->vsan < kMinVsan || fields->vsan > kMaxVsan) return kErrInvalidArgument;
+    if (!fields || fields->vsan < kMinVsan || fields->vsan > kMaxVsan) return std::nullopt;
+    return fields;
+}
+
+}  // namespace
+
+int memberFromInstanceId(const char *instance_id, Member *out) {
+    auto fields = memberIdFields(instance_id);
+    if (!fields) return kErrInvalidArgument;
     return memberFromText(fields->vsan, fields->active != 0, fields->cim_type, fields->text, out);
+}
+
+// memberFromText refuses an unknown type, a text too long and a text its
+// type can't encode; the rest of what it does can't fail.
+int activeOfMemberInstanceId(const char *instance_id, bool *active) {
+    auto fields = memberIdFields(instance_id);
+    if (!fields) return kErrInvalidArgument;
+    const MemberType *type = member_type_by_cim(fields->cim_type);
+    if (type == nullptr || fields->text.size() > kMaxMemberValueLength ||
+        !is_valid_member_text(type->code, fields->text))
+        return kErrInvalidArgument;
+    *active = fields->active != 0;
+    return 0;
 }
 
 }  // namespace zonesim

@@ -27,4 +27,9 @@ int memberFromValue(int vsan, bool active, std::uint32_t code, const unsigned ch
 // known type and a valid text ("vsan^cim type^member text^active").
 int memberFromInstanceId(const char *instance_id, Member *out);
 
+// The same check of a member InstanceID without making the member: 0 with
+// the id's active flag, or kErrInvalidArgument exactly when
+// memberFromInstanceId refuses the id.
+int activeOfMemberInstanceId(const char *instance_id, bool *active);
+
 }  // namespace zonesim

@@ -2,6 +2,7 @@
 #include "sim/platform_state.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <mutex>
 #include <string>
 
@@ -22,13 +23,21 @@ OpenDatabase &openDatabase() {
     return database;
 }
 
+// ZONE_SIM_DB as Store::defaultPath() reads it, without making a string:
+// every platform call asks.
+bool namesPath(const std::string &path) {
+    const char *env = std::getenv("ZONE_SIM_DB");
+    if (env == nullptr || *env == '\0') env = Store::kDefaultPathName;
+    return path == env;
+}
+
 }  // namespace
 
 std::shared_ptr<Store> currentStore(int *code) {
-    std::string path = Store::defaultPath();
     OpenDatabase &database = openDatabase();
     std::lock_guard<std::mutex> guard(database.lock);
-    if (database.store && database.store->path() == path) return database.store;
+    if (database.store && namesPath(database.store->path())) return database.store;
+    std::string path = Store::defaultPath();
     Store::Opened opened = Store::open(path);
     if (!opened.store) {
         if (database.refused_path != path && !opened.message.empty())
@@ -104,6 +113,10 @@ void endRequest() {
     endSessionOfRequest();
     t_request.open = false;
     t_request.name_known = false;
+}
+
+const std::string *knownSwitchNameOfRequest() {
+    return t_request.open && t_request.name_known ? &t_request.switch_name : nullptr;
 }
 
 int switchNameOfRequest(std::string *name) {

@@ -41,5 +41,9 @@ void beginRequest();
 void endRequest();
 // The switch's name as getCSName hands it out; 0 or the simulator code.
 int switchNameOfRequest(std::string *name);
+// The name the request on this thread has already read, null when none has
+// (or no request runs). It stays as it is until this thread's next request
+// reads the name again.
+const std::string *knownSwitchNameOfRequest();
 
 }  // namespace zonesim

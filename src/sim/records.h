@@ -3,10 +3,13 @@
 // arrays with one free(), lists node by node.
 #pragma once
 
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/zoning_platform.h"
@@ -16,30 +19,74 @@
 namespace zonesim {
 
 template <std::size_t N>
-void copyText(char (&field)[N], const std::string &text) {
+void copyText(char (&field)[N], std::string_view text) {
     std::size_t n = text.size() < N - 1 ? text.size() : N - 1;
     std::memcpy(field, text.data(), n);
     field[n] = '\0';
 }
 
+// Writes pieces of text one after the other into a record's text field,
+// cutting what doesn't fit at the field's end; finish() ends the text.
+template <std::size_t N>
+class FieldWriter {
+  public:
+    explicit FieldWriter(char (&field)[N]) : field_(field) {}
+    FieldWriter &text(std::string_view piece) {
+        std::size_t n = std::min(piece.size(), N - 1 - length_);
+        std::memcpy(field_ + length_, piece.data(), n);
+        length_ += n;
+        return *this;
+    }
+    FieldWriter &number(long long value) {
+        char digits[24];
+        auto written = std::to_chars(digits, digits + sizeof digits, value);
+        return text(std::string_view(digits, static_cast<std::size_t>(written.ptr - digits)));
+    }
+    void finish() { field_[length_] = '\0'; }
+
+  private:
+    char *field_;
+    std::size_t length_ = 0;
+};
+
 // The InstanceIDs are written straight into the record, in the form of
 // ZoningObject::instanceId() and Member::instanceId(): enumerations fill
 // tens of thousands of records, and building each text as a string first
-// cost as much as the query that found the object.
+// (or through printf) cost as much as the query that found the object.
+template <typename Record>
+void fillObjectRecord(Record *record, int vsan, int number, bool active, std::string_view name) {
+    FieldWriter(record->instance_id)
+        .number(vsan)
+        .text("^")
+        .number(number)
+        .text(active ? "^1" : "^0")
+        .finish();
+    copyText(record->name, name);
+}
+
 template <typename Record>
 void fillRecord(Record *record, const ZoningObject &object) {
-    std::snprintf(record->instance_id, sizeof record->instance_id, "%d^%d^%d", object.vsan,
-                  object.number, object.active ? 1 : 0);
-    copyText(record->name, object.name);
+    fillObjectRecord(record, object.vsan, object.number, object.active, object.name);
+}
+
+inline void fillMemberRecord(ZoneMemberRecord *record, int vsan, std::uint16_t cim_type,
+                             std::string_view id_text, bool active, std::string_view value_text) {
+    // A text that doesn't fit is cut to the field, as copyText cuts it.
+    FieldWriter(record->instance_id)
+        .number(vsan)
+        .text("^")
+        .number(cim_type)
+        .text("^")
+        .text(id_text)
+        .text(active ? "^1" : "^0")
+        .finish();
+    record->cim_member_type = cim_type;
+    copyText(record->member_value, value_text);
 }
 
 inline void fillRecord(ZoneMemberRecord *record, const Member &member) {
-    // A text that doesn't fit is cut to the field, as copyText cuts it.
-    std::snprintf(record->instance_id, sizeof record->instance_id, "%d^%u^%s^%d", member.vsan,
-                  static_cast<unsigned>(member.cim_type), member.id_text.c_str(),
-                  member.active ? 1 : 0);
-    record->cim_member_type = member.cim_type;
-    copyText(record->member_value, member.value_text);
+    fillMemberRecord(record, member.vsan, member.cim_type, member.id_text, member.active,
+                     member.value_text);
 }
 
 // One record; null when out of memory.
@@ -62,6 +109,89 @@ int toArray(const std::vector<ZoningObject> &objects, int *count, Record **recor
     *records = array;
     return 0;
 }
+
+// An array of records grown one record at a time (zeroed, as calloc makes
+// them) and handed over whole; what is not handed over is freed.
+template <typename Record>
+class RecordArray {
+  public:
+    RecordArray() = default;
+    ~RecordArray() { std::free(records_); }
+    RecordArray(const RecordArray &) = delete;
+    RecordArray &operator=(const RecordArray &) = delete;
+
+    // A new zeroed record at the end; null when out of memory.
+    Record *add() {
+        if (size_ == capacity_ && !grow()) return nullptr;
+        return &records_[size_++];
+    }
+    // An empty array is still an allocated array of one zeroed record.
+    int handOver(int *count, Record **records) {
+        if (records_ == nullptr && !grow()) return kErrUnknown;
+        *count = static_cast<int>(size_);
+        *records = records_;
+        records_ = nullptr;
+        size_ = capacity_ = 0;
+        return 0;
+    }
+
+  private:
+    bool grow() {
+        std::size_t capacity = capacity_ == 0 ? 2 : capacity_ * 2;
+        auto *grown = static_cast<Record *>(std::realloc(records_, capacity * sizeof(Record)));
+        if (grown == nullptr) return false;
+        std::memset(static_cast<void *>(grown + capacity_), 0,
+                    (capacity - capacity_) * sizeof(Record));
+        records_ = grown;
+        capacity_ = capacity;
+        return true;
+    }
+
+    Record *records_ = nullptr;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+// A linked list of records built at its tail and handed over whole; what is
+// not handed over is freed node by node.
+template <typename Record>
+class RecordList {
+  public:
+    RecordList() = default;
+    ~RecordList() {
+        while (head_ != nullptr) {
+            Record *next = head_->next;
+            std::free(head_);
+            head_ = next;
+        }
+    }
+    RecordList(const RecordList &) = delete;
+    RecordList &operator=(const RecordList &) = delete;
+
+    // A new zeroed node at the tail; null when out of memory.
+    Record *add() {
+        auto *node = static_cast<Record *>(std::calloc(1, sizeof(Record)));
+        if (node == nullptr) return nullptr;
+        *tail_ = node;
+        tail_ = &node->next;
+        ++size_;
+        return node;
+    }
+    std::size_t size() const { return size_; }
+    // Null when empty.
+    Record *handOver() {
+        Record *head = head_;
+        head_ = nullptr;
+        tail_ = &head_;
+        size_ = 0;
+        return head;
+    }
+
+  private:
+    Record *head_ = nullptr;
+    Record **tail_ = &head_;
+    std::size_t size_ = 0;
+};
 
 // A linked list of records in the order given; null when empty.
 template <typename Record, typename Source>

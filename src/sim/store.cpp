@@ -4,9 +4,11 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -199,6 +201,14 @@ class Query {
         int n = sqlite3_column_bytes(stmt_, column);
         return p == nullptr ? std::string() : std::string(reinterpret_cast<const char *>(p), n);
     }
+    // The text of a column of the current row, valid until the next step.
+    std::string_view textView(int column) const {
+        const unsigned char *p = sqlite3_column_text(stmt_, column);
+        int n = sqlite3_column_bytes(stmt_, column);
+        return p == nullptr ? std::string_view()
+                            : std::string_view(reinterpret_cast<const char *>(p),
+                                               static_cast<std::size_t>(n));
+    }
     std::vector<std::uint8_t> blob(int column) const {
         const auto *p = static_cast<const std::uint8_t *>(sqlite3_column_blob(stmt_, column));
         int n = sqlite3_column_bytes(stmt_, column);
@@ -206,8 +216,9 @@ class Query {
     }
     Wwn wwn(int column) const {
         Wwn out{};
-        std::vector<std::uint8_t> bytes = blob(column);
-        if (bytes.size() == out.size()) std::memcpy(out.data(), bytes.data(), out.size());
+        const void *p = sqlite3_column_blob(stmt_, column);
+        if (p != nullptr && sqlite3_column_bytes(stmt_, column) == static_cast<int>(out.size()))
+            std::memcpy(out.data(), p, out.size());
         return out;
     }
 
@@ -349,7 +360,7 @@ Verdict initialise(sqlite3 *db, const std::string &path) {
 
 std::string Store::defaultPath() {
     const char *env = std::getenv("ZONE_SIM_DB");
-    return env != nullptr && *env != '\0' ? std::string(env) : std::string("zone-switch.db");
+    return env != nullptr && *env != '\0' ? std::string(env) : std::string(kDefaultPathName);
 }
 
 Store::Opened Store::open(const std::string &path) {
@@ -437,6 +448,7 @@ void Store::endSession() {
 void Store::endSessionRead() {
     if (!session_read_open_) return;
     session_read_open_ = false;
+    snapshot_ = Snapshot{};
     if (control("COMMIT") != SQLITE_OK) control("ROLLBACK");
 }
 
@@ -446,6 +458,7 @@ int Store::sessionRead(const std::function<int()> &fn) {
     if (!session_read_open_) {
         int rc = control("BEGIN");
         if (rc != SQLITE_OK) return failureCode(rc);
+        snapshot_ = Snapshot{};
         session_read_open_ = true;
     }
     try {
@@ -511,9 +524,15 @@ VsanInfo vsanFromRow(const Query &q) {
 
 }  // namespace
 
-std::string Store::switchName() {
+std::string Store::readSwitchName() {
     Query q = query("SELECT value FROM meta WHERE key = 'switch_name'");
     return q.next() ? q.text(0) : std::string(kDefaultSwitchName);
+}
+
+std::string Store::switchName() {
+    if (!session_read_open_) return readSwitchName();
+    if (!snapshot_.switch_name) snapshot_.switch_name = readSwitchName();
+    return *snapshot_.switch_name;
 }
 
 int Store::setSwitchName(const std::string &name) {
@@ -523,7 +542,7 @@ int Store::setSwitchName(const std::string &name) {
     return 0;
 }
 
-std::vector<VsanInfo> Store::vsans() {
+std::vector<VsanInfo> Store::readVsans() {
     Query q = query(
         "SELECT number, name, domain_id, switch_wwn, principal_wwn FROM vsan "
         "ORDER BY number");
@@ -532,7 +551,31 @@ std::vector<VsanInfo> Store::vsans() {
     return out;
 }
 
+const std::vector<VsanInfo> &Store::snapshotVsans() {
+    if (!snapshot_.vsans) snapshot_.vsans = readVsans();
+    return *snapshot_.vsans;
+}
+
+std::vector<VsanInfo> Store::vsans() {
+    return session_read_open_ ? snapshotVsans() : readVsans();
+}
+
+namespace {
+
+bool numberBelow(const VsanInfo &info, int number) {
+    return info.number < number;
+}
+
+}  // namespace
+
 bool Store::vsan(int number, VsanInfo *out) {
+    if (session_read_open_ && snapshot_.vsans) {
+        const std::vector<VsanInfo> &table = *snapshot_.vsans;
+        auto found = std::lower_bound(table.begin(), table.end(), number, numberBelow);
+        if (found == table.end() || found->number != number) return false;
+        if (out != nullptr) *out = *found;
+        return true;
+    }
     Query q = query(
         "SELECT number, name, domain_id, switch_wwn, principal_wwn FROM vsan "
         "WHERE number = ?");
@@ -543,6 +586,16 @@ bool Store::vsan(int number, VsanInfo *out) {
 }
 
 bool Store::nextVsan(int after, VsanInfo *out) {
+    // The first step of a walk costs one lookup, as a lone lookup does; the
+    // second reads the table.
+    if (session_read_open_ && (snapshot_.vsans || ++snapshot_.walk_steps > 1)) {
+        const std::vector<VsanInfo> &table = snapshotVsans();
+        if (after == std::numeric_limits<int>::max()) return false;
+        auto found = std::lower_bound(table.begin(), table.end(), after + 1, numberBelow);
+        if (found == table.end()) return false;
+        if (out != nullptr) *out = *found;
+        return true;
+    }
     Query q = query(
         "SELECT number, name, domain_id, switch_wwn, principal_wwn FROM vsan "
         "WHERE number > ? ORDER BY number LIMIT 1");
@@ -704,6 +757,128 @@ std::vector<Member> Store::allMembers(int vsan, bool active) {
     std::vector<Member> out;
     while (q.next()) out.push_back(memberFromRow(q));
     return out;
+}
+
+const Store::KindListing *Store::snapshotListing(int vsan, ObjectKind kind) {
+    const auto index = static_cast<std::size_t>(kind);
+    if (!session_read_open_ || index >= snapshot_.listings.size()) return nullptr;
+    KindListing &listing = snapshot_.listings[index];
+    if (!listing.loaded) {
+        if (listing.first_vsan == 0) listing.first_vsan = vsan;
+        if (listing.first_vsan == vsan) return nullptr;
+        loadListing(kind, &listing);
+    }
+    return &listing;
+}
+
+// Zone sets are a few per VSAN among many zones and aliases: one index
+// search per VSAN and database finds them, all in one statement. Zones and
+// aliases make up most of the table, which one pass reads faster than an
+// index search and a row lookup for each of them. Rows of one database come
+// in creation order either way; should a plan ever differ, each database is
+// put in order afterwards.
+void Store::loadListing(ObjectKind kind, KindListing *listing) {
+    Query q = query(kind == ObjectKind::ZoneSet
+                        ? "SELECT o.id, o.vsan, o.active, o.number, o.name FROM vsan v "
+                          "CROSS JOIN zobject o "
+                          "ON o.vsan = v.number AND o.active IN (1, 0) AND o.kind = ?"
+                        : "SELECT id, vsan, active, number, name FROM zobject NOT INDEXED "
+                          "WHERE kind = ?");
+    q.bind(static_cast<int>(kind));
+    KindListing loaded;
+    while (q.next()) {
+        std::string_view name = q.textView(4);
+        loaded.databases[databaseKey(q.integer(1), q.integer(2) != 0)].push_back(ListedObject{
+            q.integer64(0), q.integer(3), static_cast<std::uint32_t>(loaded.names.size()),
+            static_cast<std::uint32_t>(name.size())});
+        loaded.names.append(name);
+    }
+    auto byRow = [](const ListedObject &a, const ListedObject &b) { return a.row < b.row; };
+    for (auto &database : loaded.databases) {
+        std::vector<ListedObject> &rows = database.second;
+        if (!std::is_sorted(rows.begin(), rows.end(), byRow))
+            std::sort(rows.begin(), rows.end(), byRow);
+    }
+    loaded.first_vsan = listing->first_vsan;
+    loaded.loaded = true;
+    *listing = std::move(loaded);
+}
+
+void Store::forEachObject(int vsan, bool active, ObjectKind kind,
+                          const std::function<void(const ObjectRow &)> &fn) {
+    if (const KindListing *listing = snapshotListing(vsan, kind)) {
+        auto found = listing->databases.find(databaseKey(vsan, active));
+        if (found == listing->databases.end()) return;
+        const std::string_view names = listing->names;
+        for (const ListedObject &object : found->second)
+            fn(ObjectRow{vsan, active, object.number,
+                         names.substr(object.name_offset, object.name_length)});
+        return;
+    }
+    Query q = query(
+        "SELECT number, name FROM zobject "
+        "WHERE vsan = ? AND active = ? AND kind = ? ORDER BY id");
+    q.bind(vsan).bind(active).bind(static_cast<int>(kind));
+    while (q.next()) fn(ObjectRow{vsan, active, q.integer(0), q.textView(1)});
+}
+
+const Store::MemberListing *Store::snapshotMembers(int vsan) {
+    if (!session_read_open_) return nullptr;
+    MemberListing &listing = snapshot_.members;
+    if (!listing.loaded) {
+        if (listing.first_vsan == 0) listing.first_vsan = vsan;
+        if (listing.first_vsan == vsan) return nullptr;
+        loadMembers(&listing);
+    }
+    return &listing;
+}
+
+// The member table holds nothing else: one pass over it, in creation order.
+void Store::loadMembers(MemberListing *listing) {
+    Query q =
+        query("SELECT id, vsan, active, cim_type, id_text, value_text FROM member NOT INDEXED");
+    MemberListing loaded;
+    while (q.next()) {
+        std::string_view id_text = q.textView(4);
+        std::string_view value_text = q.textView(5);
+        loaded.databases[databaseKey(q.integer(1), q.integer(2) != 0)].push_back(
+            ListedMember{q.integer64(0), static_cast<std::uint16_t>(q.integer(3)),
+                         static_cast<std::uint32_t>(loaded.texts.size()),
+                         static_cast<std::uint32_t>(id_text.size()),
+                         static_cast<std::uint32_t>(value_text.size())});
+        loaded.texts.append(id_text).append(value_text);
+    }
+    auto byRow = [](const ListedMember &a, const ListedMember &b) { return a.row < b.row; };
+    for (auto &database : loaded.databases) {
+        std::vector<ListedMember> &rows = database.second;
+        if (!std::is_sorted(rows.begin(), rows.end(), byRow))
+            std::sort(rows.begin(), rows.end(), byRow);
+    }
+    loaded.first_vsan = listing->first_vsan;
+    loaded.loaded = true;
+    *listing = std::move(loaded);
+}
+
+void Store::forEachMember(int vsan, bool active, const std::function<void(const MemberRow &)> &fn) {
+    if (const MemberListing *listing = snapshotMembers(vsan)) {
+        auto found = listing->databases.find(databaseKey(vsan, active));
+        if (found == listing->databases.end()) return;
+        const std::string_view texts = listing->texts;
+        for (const ListedMember &member : found->second) {
+            fn(MemberRow{
+                vsan, active, member.cim_type, texts.substr(member.texts_offset, member.id_length),
+                texts.substr(member.texts_offset + member.id_length, member.value_length)});
+        }
+        return;
+    }
+    Query q = query(
+        "SELECT cim_type, id_text, value_text "
+        "FROM member WHERE vsan = ? AND active = ? ORDER BY id");
+    q.bind(vsan).bind(active);
+    while (q.next()) {
+        fn(MemberRow{vsan, active, static_cast<std::uint16_t>(q.integer(0)), q.textView(1),
+                     q.textView(2)});
+    }
 }
 
 bool Store::member(int vsan, bool active, std::uint8_t code, const std::vector<std::uint8_t> &key,

@@ -33,7 +33,9 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <unordered_map>
 #include <vector>
 
 struct sqlite3;
@@ -125,6 +127,7 @@ class Store {
     // ZONE_SIM_DB, or "zone-switch.db" in the current directory.
     static std::string defaultPath();
     static constexpr const char *kDefaultSwitchName = "switch-sim-01";
+    static constexpr const char *kDefaultPathName = "zone-switch.db";
 
     ~Store();
     Store(const Store &) = delete;
@@ -174,6 +177,26 @@ class Store {
     std::vector<Member> members(const ZoningObject &parent);
     // All members of one database, in creation order.
     std::vector<Member> allMembers(int vsan, bool active);
+
+    // The same listings row by row, for callers that turn each row into
+    // something of their own at once: the texts point into the statement's
+    // row and are valid only during the call.
+    struct ObjectRow {
+        int vsan;
+        bool active;
+        int number;
+        std::string_view name;
+    };
+    struct MemberRow {
+        int vsan;
+        bool active;
+        std::uint16_t cim_type;
+        std::string_view id_text;
+        std::string_view value_text;
+    };
+    void forEachObject(int vsan, bool active, ObjectKind kind,
+                       const std::function<void(const ObjectRow &)> &fn);
+    void forEachMember(int vsan, bool active, const std::function<void(const MemberRow &)> &fn);
     bool member(int vsan, bool active, std::uint8_t code, const std::vector<std::uint8_t> &key,
                 Member *out);
     // Zones (parent_kind Zone) or aliases (Alias) holding the member.
@@ -232,6 +255,10 @@ class Store {
     int findOrInsertMember(const Member &member, std::int64_t *row, bool *created);
     int clearActive(int vsan);
     int checkCapacity(ObjectKind kind);
+    std::vector<VsanInfo> readVsans();
+    std::string readSwitchName();
+    // The VSAN table of the session's snapshot, read on first use.
+    const std::vector<VsanInfo> &snapshotVsans();
 
     std::string path_;
     sqlite3 *db_;
@@ -242,6 +269,61 @@ class Store {
     bool session_read_open_ = false;
     struct Statements;
     std::unique_ptr<Statements> statements_;
+    // What the open read transaction of the session has read of the switch
+    // and its VSAN table. That transaction sees one snapshot of the file, so
+    // the answers stay right until it ends (endSessionRead(): a write of this
+    // process, or the end of the session); what other processes write is
+    // seen by the next transaction, which starts with nothing known.
+    // Enumerations walk the VSAN table entry by entry and check each VSAN
+    // again before its queries: from the second step of a walk on, the
+    // whole table is read once and every lookup is answered from it.
+    // Listings of objects walk the VSANs the same way, two queries per VSAN
+    // (active database, then editable), each an index search and a row
+    // lookup per object: once a kind is listed for a second VSAN, every
+    // database's objects of that kind are read in one statement and listed
+    // from memory.
+    struct ListedObject {
+        std::int64_t row;
+        int number;
+        std::uint32_t name_offset;
+        std::uint32_t name_length;
+    };
+    struct KindListing {
+        int first_vsan = 0;  // the VSAN listed first (0: none yet)
+        bool loaded = false;
+        std::unordered_map<std::int64_t, std::vector<ListedObject>> databases;  // by databaseKey
+        std::string names;
+    };
+    // Members are listed the same way, from one pass over their table.
+    struct ListedMember {
+        std::int64_t row;
+        std::uint16_t cim_type;
+        std::uint32_t texts_offset;  // the id text, then the value text
+        std::uint32_t id_length;
+        std::uint32_t value_length;
+    };
+    struct MemberListing {
+        int first_vsan = 0;
+        bool loaded = false;
+        std::unordered_map<std::int64_t, std::vector<ListedMember>> databases;
+        std::string texts;
+    };
+    struct Snapshot {
+        std::optional<std::string> switch_name;
+        std::optional<std::vector<VsanInfo>> vsans;  // ascending
+        int walk_steps = 0;
+        std::array<KindListing, 3> listings;  // by ObjectKind
+        MemberListing members;
+    };
+    static std::int64_t databaseKey(int vsan, bool active) {
+        return static_cast<std::int64_t>(vsan) * 2 + (active ? 1 : 0);
+    }
+    // The listing of that kind when the snapshot has (or now reads) it.
+    const KindListing *snapshotListing(int vsan, ObjectKind kind);
+    void loadListing(ObjectKind kind, KindListing *listing);
+    const MemberListing *snapshotMembers(int vsan);
+    void loadMembers(MemberListing *listing);
+    Snapshot snapshot_;
 };
 
 }  // namespace zonesim

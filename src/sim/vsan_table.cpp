@@ -108,9 +108,11 @@ int dm_cim_get_dmEntry(int queue, int vsan, int mode, DomainEntry *entry) {
 }
 
 // The text stays valid until the next getCSName on the same thread. Inside a
-// request (platform_state.h) the name is read once per request.
+// request (platform_state.h) the name is read once per request, and handed
+// out as the request keeps it: the builders ask for every path they make.
 const char *getCSName(void) {
     thread_local std::string name;
+    if (const std::string *known = knownSwitchNameOfRequest()) return known->c_str();
     try {
         std::string found;
         int code = switchNameOfRequest(&found);

@@ -17,29 +17,51 @@
 namespace zonesim {
 namespace {
 
+// The records are made from the statement's rows as they come, inside the
+// read: an enumeration lists tens of thousands of objects, and an object
+// (or a member with its texts and encoded value) built first and copied
+// into its record afterwards cost as much as reading the row.
 template <typename Record>
 int allObjects(int queue, int vsan, bool active, ObjectKind kind, int *count, Record **records) {
     if (count == nullptr || records == nullptr) return kErrInvalidArgument;
-    std::vector<ZoningObject> objects;
+    RecordArray<Record> array;
     int code = withStore(queue, false, [&](Store &store) {
         if (!store.vsan(vsan, nullptr)) return kErrVsanNotConfigured;
-        objects = store.objects(vsan, active, kind);
-        return kOk;
+        bool complete = true;
+        store.forEachObject(vsan, active, kind, [&](const Store::ObjectRow &row) {
+            Record *record = complete ? array.add() : nullptr;
+            if (record == nullptr) {
+                complete = false;
+                return;
+            }
+            fillObjectRecord(record, row.vsan, row.number, row.active, row.name);
+        });
+        return complete ? kOk : kErrUnknown;
     });
-    return code != kOk ? code : toArray(objects, count, records);
+    return code != kOk ? code : array.handOver(count, records);
 }
 
 int allMembers(int queue, int vsan, bool active, int *count, ZoneMemberRecord **list) {
     if (count == nullptr || list == nullptr) return kErrInvalidArgument;
-    std::vector<Member> members;
+    RecordList<ZoneMemberRecord> members;
     int code = withStore(queue, false, [&](Store &store) {
         if (!store.vsan(vsan, nullptr)) return kErrVsanNotConfigured;
-        members = store.allMembers(vsan, active);
-        return kOk;
+        bool complete = true;
+        store.forEachMember(vsan, active, [&](const Store::MemberRow &row) {
+            ZoneMemberRecord *record = complete ? members.add() : nullptr;
+            if (record == nullptr) {
+                complete = false;
+                return;
+            }
+            fillMemberRecord(record, row.vsan, row.cim_type, row.id_text, row.active,
+                             row.value_text);
+        });
+        return complete ? kOk : kErrUnknown;
     });
-    if (code == kOk) code = toList(members, list);
-    if (code == kOk) *count = static_cast<int>(members.size());
-    return code;
+    if (code != kOk) return code;
+    *count = static_cast<int>(members.size());
+    *list = members.handOver();
+    return kOk;
 }
 
 // The object of that kind named by a ZoningInstanceId.

@@ -19,6 +19,22 @@ class RequestTest : public SwitchTest {
         ASSERT_TRUE(other.store) << other.message;
         ASSERT_EQ(0, other.store->write([&] { return other.store->setSwitchName(name); }));
     }
+    void addVsanFromOutside(int number) {
+        zonesim::Store::Opened other = zonesim::Store::open(db_);
+        ASSERT_TRUE(other.store) << other.message;
+        zonesim::VsanInfo vsan;
+        vsan.number = number;
+        vsan.name = "VSAN" + std::to_string(number);
+        ASSERT_EQ(0, other.store->write([&] { return other.store->addVsan(vsan); }));
+    }
+    // The VSANs in the order the provider walks them.
+    std::vector<int> walk() {
+        std::vector<int> numbers;
+        VsanEntry cursor{};
+        while (vsan_cim_get_vsanEntry(q_, ZP_VSAN_NEXT, &cursor) == 0)
+            numbers.push_back(cursor.vsan);
+        return numbers;
+    }
     void createFromOutside(const std::string &zone) {
         zonesim::Store::Opened other = zonesim::Store::open(db_);
         ASSERT_TRUE(other.store) << other.message;
@@ -49,6 +65,70 @@ TEST_F(RequestTest, ARequestReadsOneSnapshotAndTheNextOneSeesLaterChanges) {
     // Outside a request every call reads the latest state.
     renameFromOutside("renamed-again");
     EXPECT_STREQ("renamed-again", getCSName());
+}
+
+// Inside a request a walk over the VSANs reads the VSAN table, and the
+// listings of a kind listed for more than one VSAN, once: what they answer
+// must be what the same calls answer outside a request, stay the request's
+// snapshot while another process writes, and follow the request's own
+// writes.
+TEST_F(RequestTest, WalksInsideARequestAnswerAsSingleCallsAndFollowWrites) {
+    addVsanFromOutside(2);
+    addVsanFromOutside(3);
+    const int set = create(2, ZP_OBJECT_ZONE_SET, "set_a");
+    const int zone_a = create(2, ZP_OBJECT_ZONE, "zone_a");
+    const int zone_b = create(2, ZP_OBJECT_ZONE, "zone_b");
+    create(1, ZP_OBJECT_ZONE, "zone_in_1");
+    create(3, ZP_OBJECT_ZONE, "zone_in_3");
+    create(2, ZP_OBJECT_ZONE_ALIAS, "alias_a");
+    ASSERT_EQ(0, addZone(2, set, zone_b));
+    ASSERT_EQ(0, addZone(2, set, zone_a));
+    ASSERT_EQ(0, member(2, ZP_OBJECT_ZONE, zone_a, 2, "2100000000000001"));
+    ASSERT_EQ(0, activate(2, 0, set));
+    create(2, ZP_OBJECT_ZONE, "zone_c");  // after the activation: editable only
+
+    // Every database of every VSAN, as listed one call at a time.
+    auto everything = [&] {
+        std::vector<std::vector<std::string>> listed;
+        for (const int vsan : walk()) {
+            for (const bool active : {true, false}) {
+                listed.push_back(zoneSets(vsan, active, true));
+                listed.push_back(zones(vsan, active, true));
+                listed.push_back(zones(vsan, active));
+                listed.push_back(aliases(vsan, active, true));
+                listed.push_back(members(vsan, active));
+            }
+        }
+        return listed;
+    };
+    const std::vector<std::vector<std::string>> outside = everything();
+    EXPECT_EQ(std::vector<int>({1, 2, 3}), walk());
+    EXPECT_EQ(std::vector<std::string>({"zone_a", "zone_b", "zone_c"}), zones(2, false));
+    EXPECT_EQ(std::vector<std::string>({"zone_b", "zone_a"}), zones(2, true));
+
+    mutex_lock();
+    EXPECT_EQ(outside, everything());
+    addVsanFromOutside(4);
+    createFromOutside("zone_from_outside");
+    EXPECT_EQ(outside, everything());  // still the request's snapshot
+    VsanEntry entry{};
+    entry.vsan = 4;
+    EXPECT_EQ(kVsanNotConfigured, vsan_cim_get_vsanEntry(q_, ZP_VSAN_GIVEN, &entry));
+    int count = 0;
+    ZoneRecord *records = nullptr;
+    EXPECT_EQ(kVsanNotConfigured, zs_cim_get_all_non_active_zones(q_, 4, &count, &records));
+
+    // The request's own write: its reads from now on see it and whatever
+    // was committed before it.
+    create(3, ZP_OBJECT_ZONE, "zone_made_in_request");
+    EXPECT_EQ(std::vector<int>({1, 2, 3, 4}), walk());
+    EXPECT_EQ(std::vector<std::string>({"zone_in_1", "zone_from_outside"}), zones(1, false));
+    EXPECT_EQ(std::vector<std::string>({"zone_in_3", "zone_made_in_request"}), zones(3, false));
+    EXPECT_TRUE(zones(4, false).empty());
+    mutex_unlock();
+
+    EXPECT_EQ(std::vector<int>({1, 2, 3, 4}), walk());
+    EXPECT_EQ(std::vector<std::string>({"zone_in_3", "zone_made_in_request"}), zones(3, false));
 }
 
 TEST_F(RequestTest, ARequestSeesItsOwnChangesAndLeavesNothingOpen) {
