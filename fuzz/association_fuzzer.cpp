@@ -21,8 +21,8 @@ void run_one(zonefuzz::InputBuilder &in, CMPIAssociationMI *mi) {
             const char *result_class = in.class_filter();
             const char *role = in.role_filter();
             const char *result_role = in.role_filter();
-            mi->ft->associators(mi, ctx, result, op, assoc_class, result_class, role,
-                                result_role, in.property_list());
+            mi->ft->associators(mi, ctx, result, op, assoc_class, result_class, role, result_role,
+                                in.property_list());
             break;
         }
         case 1: {
@@ -46,7 +46,9 @@ void run_one(zonefuzz::InputBuilder &in, CMPIAssociationMI *mi) {
             mi->ft->referenceNames(mi, ctx, result, op, result_class, role);
             break;
         }
-        default: mi->ft->cleanup(mi, ctx, in.flag() ? 1 : 0); break;
+        default:
+            mi->ft->cleanup(mi, ctx, in.flag() ? 1 : 0);
+            break;
     }
     in.remember_deliveries(request);
 }

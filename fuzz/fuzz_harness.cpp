@@ -28,27 +28,52 @@ namespace {
 // ---- Words the builder draws from ------------------------------------------
 
 constexpr std::string_view kClassNames[] = {
-    "VORNA_ZoneSet",           "VORNA_Zone",
-    "VORNA_ZoneAlias",         "VORNA_DeviceAlias",
-    "VORNA_ZoneMemberSettingData", "VORNA_HostedCollection",
-    "VORNA_ZoneMemberOfCollection", "VORNA_ElementSettingData",
-    "VORNA_ZoneService",       "VORNA_HostedService",
-    "VORNA_ZoneHostedCollection", "VORNA_Vsan",
-    "CIM_ZoneService",         "VORNA_DeviceAliasService",
-    "CIM_ZoneSet",             "CIM_Zone",
-    "CIM_ManagedElement",      "CIM_ComputerSystem",
+    "VORNA_ZoneSet",
+    "VORNA_Zone",
+    "VORNA_ZoneAlias",
+    "VORNA_DeviceAlias",
+    "VORNA_ZoneMemberSettingData",
+    "VORNA_HostedCollection",
+    "VORNA_ZoneMemberOfCollection",
+    "VORNA_ElementSettingData",
+    "VORNA_ZoneService",
+    "VORNA_HostedService",
+    "VORNA_ZoneHostedCollection",
+    "VORNA_Vsan",
+    "CIM_ZoneService",
+    "VORNA_DeviceAliasService",
+    "CIM_ZoneSet",
+    "CIM_Zone",
+    "CIM_ManagedElement",
+    "CIM_ComputerSystem",
 };
 
 constexpr std::string_view kKeyNames[] = {
-    "InstanceID",     "Name",          "Collection",      "Member",
-    "ManagedElement", "SettingData",   "Antecedent",      "Dependent",
-    "CreationClassName", "SystemName", "SystemCreationClassName", "ElementName",
+    "InstanceID",
+    "Name",
+    "Collection",
+    "Member",
+    "ManagedElement",
+    "SettingData",
+    "Antecedent",
+    "Dependent",
+    "CreationClassName",
+    "SystemName",
+    "SystemCreationClassName",
+    "ElementName",
 };
 
 constexpr std::string_view kMethodNames[] = {
-    "CreateZoneSet",   "CreateZone",   "CreateZoneAlias", "CreateZoneMembershipSettingData",
-    "AddZone",         "AddZoneAlias", "AddZoneMembershipSettingData",
-    "ActivateZoneSet", "CreateDeviceAlias", "RemoveDeviceAlias",
+    "CreateZoneSet",
+    "CreateZone",
+    "CreateZoneAlias",
+    "CreateZoneMembershipSettingData",
+    "AddZone",
+    "AddZoneAlias",
+    "AddZoneMembershipSettingData",
+    "ActivateZoneSet",
+    "CreateDeviceAlias",
+    "RemoveDeviceAlias",
 };
 
 // Argument kinds by position, per method: T name text, M member identifier,
@@ -58,17 +83,33 @@ struct MethodShape {
     std::string_view kinds;
 };
 constexpr MethodShape kMethodShapes[] = {
-    {"CreateZoneSet", "T"},       {"CreateZone", "TAA"},
-    {"CreateZoneAlias", "T"},     {"CreateZoneMembershipSettingData", "UMR"},
-    {"AddZone", "RR"},            {"AddZoneAlias", "RR"},
-    {"AddZoneMembershipSettingData", "RR"}, {"ActivateZoneSet", "RB"},
-    {"CreateDeviceAlias", "TW"},  {"RemoveDeviceAlias", "T"},
+    {"CreateZoneSet", "T"},
+    {"CreateZone", "TAA"},
+    {"CreateZoneAlias", "T"},
+    {"CreateZoneMembershipSettingData", "UMR"},
+    {"AddZone", "RR"},
+    {"AddZoneAlias", "RR"},
+    {"AddZoneMembershipSettingData", "RR"},
+    {"ActivateZoneSet", "RB"},
+    {"CreateDeviceAlias", "TW"},
+    {"RemoveDeviceAlias", "T"},
 };
 
 constexpr std::string_view kArgumentNames[] = {
-    "ZoneSetName", "ZoneName", "ZoneAliasName", "ConnectivityMemberType",
-    "ConnectivityMemberID", "Zone", "ZoneSet", "ZoneAlias", "ZoneMembershipSettingData",
-    "Activate", "Name", "PWWN", "DeviceAliasName", "Persist",
+    "ZoneSetName",
+    "ZoneName",
+    "ZoneAliasName",
+    "ConnectivityMemberType",
+    "ConnectivityMemberID",
+    "Zone",
+    "ZoneSet",
+    "ZoneAlias",
+    "ZoneMembershipSettingData",
+    "Activate",
+    "Name",
+    "PWWN",
+    "DeviceAliasName",
+    "Persist",
 };
 
 constexpr std::string_view kRoles[] = {
@@ -76,44 +117,97 @@ constexpr std::string_view kRoles[] = {
 };
 
 constexpr std::string_view kPropertyNames[] = {
-    "InstanceID", "Name", "ElementName", "Active", "ZoneType", "ConnectivityMemberType",
-    "ConnectivityMemberID", "NameFormat", "CreationClassName", "SystemName",
-    "SystemCreationClassName", "PWWN", "SessionState", "RequestedSessionState",
-    "CollectionAlias", "Collection", "Member", "ManagedElement", "SettingData",
-    "Antecedent", "Dependent", "Other",
+    "InstanceID",
+    "Name",
+    "ElementName",
+    "Active",
+    "ZoneType",
+    "ConnectivityMemberType",
+    "ConnectivityMemberID",
+    "NameFormat",
+    "CreationClassName",
+    "SystemName",
+    "SystemCreationClassName",
+    "PWWN",
+    "SessionState",
+    "RequestedSessionState",
+    "CollectionAlias",
+    "Collection",
+    "Member",
+    "ManagedElement",
+    "SettingData",
+    "Antecedent",
+    "Dependent",
+    "Other",
 };
 
 constexpr std::string_view kNamespaces[] = {"root/cimv2", "root/interop", "", "ROOT/CIMV2",
                                             "root/cimv2/"};
 
 constexpr std::string_view kObjectNames[] = {
-    "mgmt_cfg",     "prod_a_cfg",     "prod_b_cfg",       "prod_b_cfg_next", "z_mgmt_console",
-    "z_db01_array1", "z_web01_array1", "z_backup01_tape1", "z_app01_array2",  "array1_ctl_a",
-    "app03_hba0",   "db01_hba0",      "tape1_drive0",     "fz_set",          "fz_zone",
-    "fz_alias",     "fz_dev",         "fz-2",             "a",               "Z_DB01_ARRAY1",
+    "mgmt_cfg",
+    "prod_a_cfg",
+    "prod_b_cfg",
+    "prod_b_cfg_next",
+    "z_mgmt_console",
+    "z_db01_array1",
+    "z_web01_array1",
+    "z_backup01_tape1",
+    "z_app01_array2",
+    "array1_ctl_a",
+    "app03_hba0",
+    "db01_hba0",
+    "tape1_drive0",
+    "fz_set",
+    "fz_zone",
+    "fz_alias",
+    "fz_dev",
+    "fz-2",
+    "a",
+    "Z_DB01_ARRAY1",
 };
 
 constexpr std::string_view kMemberIds[] = {
-    "31:00:00:00:00:4c:a1:b2", "31000000004ca2c0",  "31-00-00-00-01-8c-22-30", "0x0a0102",
-    "0a0102",                  "10:17",             "1:3",                     "240:1",
-    "0:70000",                 "10:0x00010002",     "20:0xffffffff",           "fc1/5",
-    "fc2/5 swwn 30:0a:00:00:00:5a:10:01", "fc1/1 domain 10", "fc0/0",           "host-sym",
-    "10.0.0.1",                "10.0.0.0/24",       "10.0.0.0/255.255.0.0",    "fe80::1/64",
-    "::",                      "db01_hba0",         "a^b",                     "x y",
+    "31:00:00:00:00:4c:a1:b2",
+    "31000000004ca2c0",
+    "31-00-00-00-01-8c-22-30",
+    "0x0a0102",
+    "0a0102",
+    "10:17",
+    "1:3",
+    "240:1",
+    "0:70000",
+    "10:0x00010002",
+    "20:0xffffffff",
+    "fc1/5",
+    "fc2/5 swwn 30:0a:00:00:00:5a:10:01",
+    "fc1/1 domain 10",
+    "fc0/0",
+    "host-sym",
+    "10.0.0.1",
+    "10.0.0.0/24",
+    "10.0.0.0/255.255.0.0",
+    "fe80::1/64",
+    "::",
+    "db01_hba0",
+    "a^b",
+    "x y",
 };
 
-constexpr CMPIUint16 kMemberTypes[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12,
-                                       32767, 32768, 32769, 32770, 32771, 32772, 65535};
+constexpr CMPIUint16 kMemberTypes[] = {0,  1,  2,  3,     4,     5,     6,     7,     8,     9,
+                                       10, 11, 12, 32767, 32768, 32769, 32770, 32771, 32772, 65535};
 
 constexpr std::string_view kOddTexts[] = {
-    "",      " ",      "^",          "^^^",       "10^",     "10^^0",        "-1^-1^-1",
-    "2147483648^1^0",  "1^1^1^1^1",  " 10",       "0x10",    "10abc",        "+10",
-    "%s%s%s%n%x",      "\\",         "\"",        "\t\n",    "\xff\xfe",     "0^0^0",
-    "4096^1^0",        "10^2^1",     "10^2^0^",   "10^2^-1", "10^2^2147483647",
+    "",          " ",          "^",        "^^^",
+    "10^",       "10^^0",      "-1^-1^-1", "2147483648^1^0",
+    "1^1^1^1^1", " 10",        "0x10",     "10abc",
+    "+10",       "%s%s%s%n%x", "\\",       "\"",
+    "\t\n",      "\xff\xfe",   "0^0^0",    "4096^1^0",
+    "10^2^1",    "10^2^0^",    "10^2^-1",  "10^2^2147483647",
 };
 
-constexpr std::size_t kLongLengths[] = {63, 64, 65, 67, 68, 69, 252, 253, 254, 255,
-                                        256, 287, 288, 289, 300, 1024, 4096};
+constexpr std::size_t kLongLengths[] = {63,  64,  65,  67,  68,  69,  252,  253, 254,
+                                        255, 256, 287, 288, 289, 300, 1024, 4096};
 
 constexpr int kMaxDepth = 2;
 constexpr unsigned kNoKey = ~0u;
@@ -185,10 +279,17 @@ std::uint32_t change_counter(const std::string &database) {
 }
 
 constexpr std::string_view kServedClasses[] = {
-    "VORNA_ZoneService",   "VORNA_HostedService",         "VORNA_ZoneSet",
-    "VORNA_Zone",          "VORNA_ZoneAlias",             "VORNA_ZoneMemberSettingData",
-    "VORNA_DeviceAlias",   "VORNA_ZoneMemberOfCollection", "VORNA_ElementSettingData",
-    "VORNA_HostedCollection", "VORNA_ZoneHostedCollection",
+    "VORNA_ZoneService",
+    "VORNA_HostedService",
+    "VORNA_ZoneSet",
+    "VORNA_Zone",
+    "VORNA_ZoneAlias",
+    "VORNA_ZoneMemberSettingData",
+    "VORNA_DeviceAlias",
+    "VORNA_ZoneMemberOfCollection",
+    "VORNA_ElementSettingData",
+    "VORNA_HostedCollection",
+    "VORNA_ZoneHostedCollection",
 };
 
 struct Switch {
@@ -250,8 +351,8 @@ struct Switch {
         database = (directory / "switch.db").string();
         setenv("ZONE_SIM_DB", database.c_str(), 1);
         const char *fabric = std::getenv("ZONE_FUZZ_FABRIC");
-        fabric_text = read_file(fabric != nullptr && *fabric != '\0' ? fabric
-                                                                     : ZONE_FUZZ_DEFAULT_FABRIC);
+        fabric_text =
+            read_file(fabric != nullptr && *fabric != '\0' ? fabric : ZONE_FUZZ_DEFAULT_FABRIC);
         zonesim::Store::Opened opened = zonesim::Store::open(database);
         if (!opened.store) give_up("can't open " + database + ": " + opened.message);
         loader = std::move(opened.store);
@@ -318,25 +419,32 @@ const char *InputBuilder::keep(std::string text) {
 
 const char *InputBuilder::class_name() {
     switch (number<int>(0, 7)) {
-        case 0: return keep(recased(data_.PickValueInArray(kClassNames), number<int>(1, 2)));
-        case 1: return keep(std::string(data_.PickValueInArray(kClassNames)) + text());
-        case 2: return text();
-        default: return keep(std::string(data_.PickValueInArray(kClassNames)));
+        case 0:
+            return keep(recased(data_.PickValueInArray(kClassNames), number<int>(1, 2)));
+        case 1:
+            return keep(std::string(data_.PickValueInArray(kClassNames)) + text());
+        case 2:
+            return text();
+        default:
+            return keep(std::string(data_.PickValueInArray(kClassNames)));
     }
 }
 
 const char *InputBuilder::key_name() {
     switch (number<int>(0, 7)) {
-        case 0: return keep(recased(data_.PickValueInArray(kKeyNames), number<int>(1, 2)));
-        case 1: return text();
-        default: return keep(std::string(data_.PickValueInArray(kKeyNames)));
+        case 0:
+            return keep(recased(data_.PickValueInArray(kKeyNames), number<int>(1, 2)));
+        case 1:
+            return text();
+        default:
+            return keep(std::string(data_.PickValueInArray(kKeyNames)));
     }
 }
 
 std::string InputBuilder::number_text() {
-    static constexpr long long kNumbers[] = {0, 1, 2, 10, 20, 4094, 4095, 4096, 4097, -1,
-                                             2147483647LL, 2147483648LL, -2147483648LL,
-                                             9223372036854775807LL};
+    static constexpr long long kNumbers[] = {
+        0,    1,    2,  10,           20,           4094,          4095,
+        4096, 4097, -1, 2147483647LL, 2147483648LL, -2147483648LL, 9223372036854775807LL};
     std::string out = flag() ? std::to_string(data_.PickValueInArray(kNumbers))
                              : std::to_string(data_.ConsumeIntegral<long long>());
     if (number<int>(0, 7) == 0) out += text();
@@ -382,13 +490,21 @@ std::string InputBuilder::altered_known_text() {
     const std::vector<std::string> &known = the_switch().key_texts;
     std::string out = known[number<std::size_t>(0, known.size() - 1)];
     switch (number<int>(0, 4)) {
-        case 0: out.resize(number<std::size_t>(0, out.size())); break;
+        case 0:
+            out.resize(number<std::size_t>(0, out.size()));
+            break;
         case 1:
             if (!out.empty()) out.back() = static_cast<char>(data_.ConsumeIntegral<char>());
             break;
-        case 2: out.insert(number<std::size_t>(0, out.size()), "^"); break;
-        case 3: out += text(); break;
-        default: out = recased(out, number<int>(1, 2)); break;
+        case 2:
+            out.insert(number<std::size_t>(0, out.size()), "^");
+            break;
+        case 3:
+            out += text();
+            break;
+        default:
+            out = recased(out, number<int>(1, 2));
+            break;
     }
     return out;
 }
@@ -396,21 +512,32 @@ std::string InputBuilder::altered_known_text() {
 const char *InputBuilder::text() {
     const std::vector<std::string> &known = the_switch().key_texts;
     switch (number<int>(0, 11)) {
-        case 0: return keep(known[number<std::size_t>(0, known.size() - 1)]);
-        case 1: return keep(altered_known_text());
-        case 2: return keep(zoning_id_text());
-        case 3: return keep(member_id_text());
-        case 4: return keep(number_text());
-        case 5: return keep(wwn_text());
-        case 6: return keep(std::string(data_.PickValueInArray(kMemberIds)));
-        case 7: return keep(std::string(data_.PickValueInArray(kOddTexts)));
+        case 0:
+            return keep(known[number<std::size_t>(0, known.size() - 1)]);
+        case 1:
+            return keep(altered_known_text());
+        case 2:
+            return keep(zoning_id_text());
+        case 3:
+            return keep(member_id_text());
+        case 4:
+            return keep(number_text());
+        case 5:
+            return keep(wwn_text());
+        case 6:
+            return keep(std::string(data_.PickValueInArray(kMemberIds)));
+        case 7:
+            return keep(std::string(data_.PickValueInArray(kOddTexts)));
         case 8: {
             const char fill = flag() ? 'a' : static_cast<char>(number<int>(1, 255));
             return keep(std::string(data_.PickValueInArray(kLongLengths), fill));
         }
-        case 9: return keep(std::string(data_.PickValueInArray(kObjectNames)));
-        case 10: return keep(std::string(data_.PickValueInArray(kClassNames)));
-        default: return keep(data_.ConsumeRandomLengthString(512));
+        case 9:
+            return keep(std::string(data_.PickValueInArray(kObjectNames)));
+        case 10:
+            return keep(std::string(data_.PickValueInArray(kClassNames)));
+        default:
+            return keep(data_.ConsumeRandomLengthString(512));
     }
 }
 
@@ -441,16 +568,37 @@ CMPIValue InputBuilder::value(CMPIType *type, bool *null_value, int depth) {
             break;
         case 6:
             *type = CMPI_uint16;
-            v.uint16 = flag() ? data_.PickValueInArray(kMemberTypes)
-                              : data_.ConsumeIntegral<CMPIUint16>();
+            v.uint16 =
+                flag() ? data_.PickValueInArray(kMemberTypes) : data_.ConsumeIntegral<CMPIUint16>();
             break;
-        case 7: *type = CMPI_uint32; v.uint32 = data_.ConsumeIntegral<CMPIUint32>(); break;
-        case 8: *type = CMPI_sint32; v.sint32 = data_.ConsumeIntegral<CMPISint32>(); break;
-        case 9: *type = CMPI_uint64; v.uint64 = data_.ConsumeIntegral<CMPIUint64>(); break;
-        case 10: *type = CMPI_sint64; v.sint64 = data_.ConsumeIntegral<CMPISint64>(); break;
-        case 11: *type = CMPI_uint8; v.uint8 = data_.ConsumeIntegral<CMPIUint8>(); break;
-        case 12: *type = CMPI_sint16; v.sint16 = data_.ConsumeIntegral<CMPISint16>(); break;
-        case 13: *type = CMPI_boolean; v.boolean = data_.ConsumeIntegral<CMPIBoolean>(); break;
+        case 7:
+            *type = CMPI_uint32;
+            v.uint32 = data_.ConsumeIntegral<CMPIUint32>();
+            break;
+        case 8:
+            *type = CMPI_sint32;
+            v.sint32 = data_.ConsumeIntegral<CMPISint32>();
+            break;
+        case 9:
+            *type = CMPI_uint64;
+            v.uint64 = data_.ConsumeIntegral<CMPIUint64>();
+            break;
+        case 10:
+            *type = CMPI_sint64;
+            v.sint64 = data_.ConsumeIntegral<CMPISint64>();
+            break;
+        case 11:
+            *type = CMPI_uint8;
+            v.uint8 = data_.ConsumeIntegral<CMPIUint8>();
+            break;
+        case 12:
+            *type = CMPI_sint16;
+            v.sint16 = data_.ConsumeIntegral<CMPISint16>();
+            break;
+        case 13:
+            *type = CMPI_boolean;
+            v.boolean = data_.ConsumeIntegral<CMPIBoolean>();
+            break;
         case 14:
             *type = flag() ? CMPI_real64 : CMPI_real32;
             if (*type == CMPI_real64)
@@ -458,7 +606,10 @@ CMPIValue InputBuilder::value(CMPIType *type, bool *null_value, int depth) {
             else
                 v.real32 = data_.ConsumeFloatingPoint<float>();
             break;
-        case 15: *type = CMPI_char16; v.char16 = data_.ConsumeIntegral<CMPIChar16>(); break;
+        case 15:
+            *type = CMPI_char16;
+            v.char16 = data_.ConsumeIntegral<CMPIChar16>();
+            break;
         case 16: {
             *type = CMPI_dateTime;
             v.dateTime = flag() ? broker->eft->newDateTime(broker, nullptr)
@@ -490,8 +641,8 @@ CMPIValue InputBuilder::value(CMPIType *type, bool *null_value, int depth) {
             if (v.inst == nullptr) *null_value = true;
             break;
         default: {
-            static constexpr CMPIType kTypes[] = {CMPI_string, CMPI_ref,    CMPI_uint16,
-                                                  CMPI_boolean, CMPI_sint32, CMPI_null,
+            static constexpr CMPIType kTypes[] = {CMPI_string,  CMPI_ref,     CMPI_uint16,
+                                                  CMPI_boolean, CMPI_sint32,  CMPI_null,
                                                   CMPI_chars,   CMPI_dateTime};
             *type = data_.PickValueInArray(kTypes);
             *null_value = true;
@@ -529,9 +680,9 @@ void InputBuilder::add_argument(CMPIArgs *args, const char *name, int depth) {
 
 CMPIObjectPath *InputBuilder::known_path() {
     const std::vector<std::string> &paths = the_switch().paths;
-    const std::string &chosen =
-        !remembered_.empty() && flag() ? remembered_[number<std::size_t>(0, remembered_.size() - 1)]
-                                       : paths[number<std::size_t>(0, paths.size() - 1)];
+    const std::string &chosen = !remembered_.empty() && flag()
+                                    ? remembered_[number<std::size_t>(0, remembered_.size() - 1)]
+                                    : paths[number<std::size_t>(0, paths.size() - 1)];
     std::string error;
     std::optional<CMPIObjectPath *> path = cmpihost::parsePath(chosen, &error);
     if (!path) give_up("a remembered path doesn't read back: " + chosen + ": " + error);
@@ -548,14 +699,19 @@ CMPIObjectPath *InputBuilder::altered_path() {
     for (int i = 0; i < changes; ++i) {
         const CMPICount keys = path->ft->getKeyCount(path, nullptr);
         switch (number<int>(0, 5)) {
-            case 0: path->ft->setClassName(path, class_name()); break;
+            case 0:
+                path->ft->setClassName(path, class_name());
+                break;
             case 1:
-                path->ft->setNameSpace(path, keep(std::string(data_.PickValueInArray(kNamespaces))));
+                path->ft->setNameSpace(path,
+                                       keep(std::string(data_.PickValueInArray(kNamespaces))));
                 break;
             case 2:
                 path = copy_without_key(path, keys == 0 ? 0 : number<unsigned>(0, keys - 1));
                 break;
-            case 3: add_key(path, key_name(), 1); break;
+            case 3:
+                add_key(path, key_name(), 1);
+                break;
             case 4:
                 if (keys > 0) {
                     CMPIString *name = nullptr;
@@ -563,7 +719,9 @@ CMPIObjectPath *InputBuilder::altered_path() {
                     add_key(path, keep(cmpihost::text(name)), 1);
                 }
                 break;
-            default: path->ft->setHostname(path, text()); break;
+            default:
+                path->ft->setHostname(path, text());
+                break;
         }
     }
     return path;
@@ -581,18 +739,21 @@ CMPIObjectPath *InputBuilder::made_up_path(int depth) {
 CMPIObjectPath *InputBuilder::object_path() {
     switch (number<int>(0, 4)) {
         case 0:
-        case 1: return known_path();
+        case 1:
+            return known_path();
         case 2:
-        case 3: return altered_path();
-        default: return made_up_path(0);
+        case 3:
+            return altered_path();
+        default:
+            return made_up_path(0);
     }
 }
 
 CMPIObjectPath *InputBuilder::class_path() {
     if (number<int>(0, 4) == 0) return object_path();
     const CMPIBroker *broker = cmpihost::broker();
-    const char *cls = flag() ? keep(std::string(data_.PickValueInArray(kServedClasses)))
-                             : class_name();
+    const char *cls =
+        flag() ? keep(std::string(data_.PickValueInArray(kServedClasses))) : class_name();
     const char *ns = number<int>(0, 3) == 0 ? keep(std::string(data_.PickValueInArray(kNamespaces)))
                                             : "root/cimv2";
     return broker->eft->newObjectPath(broker, ns, cls, nullptr);
@@ -603,7 +764,8 @@ CMPIObjectPath *InputBuilder::method_target() {
                                                      "VORNA_DeviceAliasService"};
     static constexpr std::string_view kVsans[] = {"1", "10", "20", "2"};
     switch (number<int>(0, 5)) {
-        case 0: return object_path();
+        case 0:
+            return object_path();
         case 1: {
             CMPIObjectPath *path = made_up_path(0);
             path->ft->setClassName(path, keep(std::string(data_.PickValueInArray(kServices))));
@@ -614,9 +776,8 @@ CMPIObjectPath *InputBuilder::method_target() {
             CMPIObjectPath *path = broker->eft->newObjectPath(
                 broker, "root/cimv2", keep(std::string(data_.PickValueInArray(kServices))),
                 nullptr);
-            const char *vsan = number<int>(0, 3) != 0
-                                   ? keep(std::string(data_.PickValueInArray(kVsans)))
-                                   : text();
+            const char *vsan =
+                number<int>(0, 3) != 0 ? keep(std::string(data_.PickValueInArray(kVsans))) : text();
             path->ft->addKey(path, "Name", reinterpret_cast<const CMPIValue *>(vsan), CMPI_chars);
             if (number<int>(0, 5) == 0) add_key(path, key_name(), 1);
             return path;
@@ -626,9 +787,12 @@ CMPIObjectPath *InputBuilder::method_target() {
 
 const char *InputBuilder::method_name() {
     switch (number<int>(0, 9)) {
-        case 0: return keep(recased(data_.PickValueInArray(kMethodNames), number<int>(1, 2)));
-        case 1: return text();
-        default: return keep(std::string(data_.PickValueInArray(kMethodNames)));
+        case 0:
+            return keep(recased(data_.PickValueInArray(kMethodNames), number<int>(1, 2)));
+        case 1:
+            return text();
+        default:
+            return keep(std::string(data_.PickValueInArray(kMethodNames)));
     }
 }
 
@@ -653,7 +817,7 @@ void InputBuilder::add_shaped_argument(CMPIArgs *args, char kind, unsigned posit
         }
         case 'M':
         case 'W': {
-            const char *chosen = flag() ? keep(std::string(data_.PickValueInArray(kMemberIds)))
+            const char *chosen = flag()   ? keep(std::string(data_.PickValueInArray(kMemberIds)))
                                  : flag() ? keep(wwn_text())
                                           : text();
             v.string = broker->eft->newString(broker, chosen, nullptr);
@@ -672,7 +836,9 @@ void InputBuilder::add_shaped_argument(CMPIArgs *args, char kind, unsigned posit
             v.boolean = flag() ? 1 : 0;
             args->ft->addArg(args, name, &v, CMPI_boolean);
             return;
-        default: add_argument(args, name, 1); return;
+        default:
+            add_argument(args, name, 1);
+            return;
     }
 }
 
@@ -692,8 +858,8 @@ CMPIArgs *InputBuilder::arguments(const char *method) {
     }
     const int count = number<int>(0, 5);
     for (int i = 0; i < count; ++i) {
-        const char *name = flag() ? keep(std::string(data_.PickValueInArray(kArgumentNames)))
-                                  : text();
+        const char *name =
+            flag() ? keep(std::string(data_.PickValueInArray(kArgumentNames))) : text();
         add_argument(args, name, 0);
     }
     return args;
@@ -702,9 +868,12 @@ CMPIArgs *InputBuilder::arguments(const char *method) {
 const char *InputBuilder::class_filter() {
     switch (number<int>(0, 5)) {
         case 0:
-        case 1: return nullptr;
-        case 2: return text();
-        default: return class_name();
+        case 1:
+            return nullptr;
+        case 2:
+            return text();
+        default:
+            return class_name();
     }
 }
 
@@ -712,10 +881,14 @@ const char *InputBuilder::role_filter() {
     switch (number<int>(0, 6)) {
         case 0:
         case 1:
-        case 2: return nullptr;
-        case 3: return text();
-        case 4: return keep(recased(data_.PickValueInArray(kRoles), number<int>(1, 2)));
-        default: return keep(std::string(data_.PickValueInArray(kRoles)));
+        case 2:
+            return nullptr;
+        case 3:
+            return text();
+        case 4:
+            return keep(recased(data_.PickValueInArray(kRoles), number<int>(1, 2)));
+        default:
+            return keep(std::string(data_.PickValueInArray(kRoles)));
     }
 }
 
@@ -727,7 +900,8 @@ const char **InputBuilder::property_list() {
         if (number<int>(0, 4) == 0)
             names.push_back(text());
         else
-            names.push_back(keep(recased(data_.PickValueInArray(kPropertyNames), number<int>(0, 2))));
+            names.push_back(
+                keep(recased(data_.PickValueInArray(kPropertyNames), number<int>(0, 2))));
     }
     names.push_back(nullptr);
     lists_.push_back(std::move(names));
@@ -744,8 +918,9 @@ CMPIInstance *InputBuilder::instance_for(const CMPIObjectPath *path) {
         bool null_value = false;
         const CMPIValue v = value(&type, &null_value, kMaxDepth);
         const CMPIValue *stored = null_value ? nullptr
-                                  : type == CMPI_chars ? reinterpret_cast<const CMPIValue *>(v.chars)
-                                                       : &v;
+                                  : type == CMPI_chars
+                                      ? reinterpret_cast<const CMPIValue *>(v.chars)
+                                      : &v;
         instance->ft->setProperty(instance, key_name(), stored, type);
     }
     return instance;

@@ -15,7 +15,9 @@ void run_one(zonefuzz::InputBuilder &in, CMPIInstanceMI *mi) {
     const CMPIContext *ctx = request.context();
     const CMPIResult *result = request.result();
     switch (in.number<int>(0, 8)) {
-        case 0: mi->ft->enumInstanceNames(mi, ctx, result, in.class_path()); break;
+        case 0:
+            mi->ft->enumInstanceNames(mi, ctx, result, in.class_path());
+            break;
         case 1: {
             CMPIObjectPath *op = in.class_path();
             mi->ft->enumInstances(mi, ctx, result, op, in.property_list());
@@ -28,7 +30,9 @@ void run_one(zonefuzz::InputBuilder &in, CMPIInstanceMI *mi) {
             break;
         }
         case 4:
-        case 5: mi->ft->deleteInstance(mi, ctx, result, in.object_path()); break;
+        case 5:
+            mi->ft->deleteInstance(mi, ctx, result, in.object_path());
+            break;
         case 6: {
             CMPIObjectPath *op = in.flag() ? in.object_path() : nullptr;
             mi->ft->createInstance(mi, ctx, result, op, op ? in.instance_for(op) : nullptr);

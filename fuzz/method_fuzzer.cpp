@@ -50,7 +50,9 @@ void read_or_delete(zonefuzz::InputBuilder &in, const zonefuzz::Interfaces &mi) 
                                            in.role_filter(), nullptr);
             break;
         }
-        default: mi.instance->ft->deleteInstance(mi.instance, ctx, result, in.object_path()); break;
+        default:
+            mi.instance->ft->deleteInstance(mi.instance, ctx, result, in.object_path());
+            break;
     }
     in.remember_deliveries(request);
 }

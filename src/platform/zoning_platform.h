@@ -45,8 +45,8 @@ extern "C" {
 /* Sizes and codes                                                     */
 /* ------------------------------------------------------------------ */
 
-#define ZP_INSTANCE_ID_LEN 288   /* InstanceID text field, with its NUL   */
-#define ZP_MEMBER_VALUE_LEN 256  /* member identifier text field          */
+#define ZP_INSTANCE_ID_LEN 288  /* InstanceID text field, with its NUL   */
+#define ZP_MEMBER_VALUE_LEN 256 /* member identifier text field          */
 #define ZP_VSAN_ENTRY_SIZE 2108
 #define ZP_DOMAIN_ENTRY_SIZE 1152
 #define ZP_DEVICE_ALIAS_NAME_LEN 68
@@ -233,17 +233,17 @@ int zs_cim_create_zoning_object_with_id(int queue, int operation, int vsan, int 
 /* Adds (1) or removes (0) a zone in a zone set / an alias in a zone. */
 int zs_cim_add_zone_to_zone_set(int queue, int operation, int vsan, int zone_set_number,
                                 int zone_number, int *error);
-int zs_cim_add_alias_to_zone(int queue, int operation, int vsan, int zone_number,
-                             int alias_number, int *error);
+int zs_cim_add_alias_to_zone(int queue, int operation, int vsan, int zone_number, int alias_number,
+                             int *error);
 /* Adds (1) or removes (0) one member of a zone (parent type 0) or alias (2). */
-int zs_cim_add_zoning_member(int queue, int operation, int vsan, int parent_active,
-                             int parent_type, int parent_number, uint32_t member_type,
-                             unsigned char *value, int *value_length, int *error);
+int zs_cim_add_zoning_member(int queue, int operation, int vsan, int parent_active, int parent_type,
+                             int parent_number, uint32_t member_type, unsigned char *value,
+                             int *value_length, int *error);
 /* Activates (*activation == 1) or deactivates (*activation == -1) the zone
  * set named by the fields of its InstanceID (note: active flag before the
  * object number). */
-int zs_cim_activate_zone_set(int queue, int vsan, int active, int zone_set_number,
-                             int *activation, int *error);
+int zs_cim_activate_zone_set(int queue, int vsan, int active, int zone_set_number, int *activation,
+                             int *error);
 /* Removes the member from every zone and alias that holds it. */
 int zs_cim_remove_zone_member_from_all_parents(int queue, const char *member_id);
 
@@ -296,8 +296,8 @@ int ddas_api_iter_get_next_device_alias_entry(ddas_iterator *iterator, DeviceAli
 int ddas_get_device_alias_given_pwwn(int queue, uint64_t pwwn, char *name);
 int ddas_create_device_alias_entry(int queue, const char *name, unsigned char *pwwn_tlv,
                                    DeviceAliasCommitContext *context, int flags, int reserved);
-int ddas_remove_device_alias_entry(int queue, const char *name,
-                                   DeviceAliasCommitContext *context, int flags);
+int ddas_remove_device_alias_entry(int queue, const char *name, DeviceAliasCommitContext *context,
+                                   int flags);
 int ddas_commit(int queue, DeviceAliasCommitContext *context, int flags);
 
 /* ------------------------------------------------------------------ */
@@ -310,16 +310,15 @@ CMPIInstance *zone_service_build_instance(const char *cls, const char *ns, int v
                                           const char **props, int queue, const CMPIBroker *broker);
 CMPIObjectPath *zone_service_fill_reference(const char *cls, const char *ns, int vsan,
                                             const CMPIBroker *broker);
-CMPIInstance *hosted_service_build_instance(const char *cls, const char *ns,
-                                            const VsanEntry *vsan, const DomainEntry *domain,
-                                            const char **props, const CMPIBroker *broker);
+CMPIInstance *hosted_service_build_instance(const char *cls, const char *ns, const VsanEntry *vsan,
+                                            const DomainEntry *domain, const char **props,
+                                            const CMPIBroker *broker);
 CMPIObjectPath *hosted_service_fill_reference(const char *cls, const char *ns,
                                               const VsanEntry *vsan, const DomainEntry *domain,
                                               const CMPIBroker *broker);
 
-CMPIInstance *zone_set_build_instance(const char *cls, const char *ns,
-                                      const ZoneSetRecord *record, const char **props,
-                                      const CMPIBroker *broker);
+CMPIInstance *zone_set_build_instance(const char *cls, const char *ns, const ZoneSetRecord *record,
+                                      const char **props, const CMPIBroker *broker);
 CMPIObjectPath *zone_set_fill_reference(const char *cls, const char *ns,
                                         const ZoneSetRecord *record, const CMPIBroker *broker);
 CMPIInstance *zone_build_instance(const char *cls, const char *ns, const ZoneRecord *record,
@@ -330,8 +329,7 @@ CMPIInstance *zone_alias_build_instance(const char *cls, const char *ns,
                                         const ZoneAliasRecord *record, const char **props,
                                         const CMPIBroker *broker);
 CMPIObjectPath *zone_alias_fill_reference(const char *cls, const char *ns,
-                                          const ZoneAliasRecord *record,
-                                          const CMPIBroker *broker);
+                                          const ZoneAliasRecord *record, const CMPIBroker *broker);
 CMPIInstance *zone_member_build_instance(const char *cls, const char *ns,
                                          const ZoneMemberRecord *record, const char **props,
                                          const CMPIBroker *broker);
@@ -360,30 +358,26 @@ CMPIObjectPath *esd_fill_reference_zoneAliasZoneMember(const char *cls, const ch
                                                        const CMPIBroker *broker);
 CMPIInstance *esd_build_instance_zoneZoneMember(const char *cls, const char *ns,
                                                 const ZoneRecord *zone,
-                                                const ZoneMemberRecord *member,
-                                                const char **props, const CMPIBroker *broker);
+                                                const ZoneMemberRecord *member, const char **props,
+                                                const CMPIBroker *broker);
 CMPIInstance *esd_build_instance_zoneAliasZoneMember(const char *cls, const char *ns,
                                                      const ZoneAliasRecord *alias,
                                                      const ZoneMemberRecord *member,
-                                                     const char **props,
-                                                     const CMPIBroker *broker);
+                                                     const char **props, const CMPIBroker *broker);
 
 /* Member of collection: a zone set holds a zone, a zone holds an alias. */
 CMPIInstance *zmoc_build_instance_MemberCollection(const char *cls, const char *ns,
                                                    const CMPIObjectPath *collection,
-                                                   const CMPIObjectPath *member,
-                                                   const char **props,
+                                                   const CMPIObjectPath *member, const char **props,
                                                    const CMPIBroker *broker);
 CMPIObjectPath *zmoc_fill_reference_zoneSetZone(const char *cls, const char *ns,
                                                 const ZoneSetRecord *zone_set,
-                                                const ZoneRecord *zone,
-                                                const CMPIBroker *broker);
+                                                const ZoneRecord *zone, const CMPIBroker *broker);
 CMPIObjectPath *zmoc_fill_reference(const char *cls, const char *ns, const ZoneRecord *zone,
                                     const ZoneAliasRecord *alias, const CMPIBroker *broker);
 CMPIInstance *zmoc_build_instance_zoneSetZone(const char *cls, const char *ns,
-                                              const ZoneSetRecord *zone_set,
-                                              const ZoneRecord *zone, const char **props,
-                                              const CMPIBroker *broker);
+                                              const ZoneSetRecord *zone_set, const ZoneRecord *zone,
+                                              const char **props, const CMPIBroker *broker);
 CMPIInstance *zmoc_build_instance(const char *cls, const char *ns, const ZoneRecord *zone,
                                   const ZoneAliasRecord *alias, const CMPIBroker *broker);
 
@@ -397,8 +391,7 @@ CMPIInstance *hosted_collection_build_instance_zset(const char *cls, const char 
                                                     const VsanEntry *vsan,
                                                     const DomainEntry *domain,
                                                     const ZoneSetRecord *zone_set,
-                                                    const char **props,
-                                                    const CMPIBroker *broker);
+                                                    const char **props, const CMPIBroker *broker);
 CMPIObjectPath *hosted_collection_fill_reference_zset(const char *cls, const char *ns,
                                                       const VsanEntry *vsan,
                                                       const DomainEntry *domain,
@@ -421,9 +414,8 @@ CMPIObjectPath *zone_hosted_collection_fill_reference(const char *cls, const cha
 /* A two-reference association instance; name1/name2 are its property names. */
 CMPIInstance *association_class_build_instance_path(const char *cls, const char *ns,
                                                     const CMPIObjectPath *ref1,
-                                                    const CMPIObjectPath *ref2,
-                                                    const char *name1, const char *name2,
-                                                    const CMPIBroker *broker);
+                                                    const CMPIObjectPath *ref2, const char *name1,
+                                                    const char *name2, const CMPIBroker *broker);
 
 #ifdef __cplusplus
 }

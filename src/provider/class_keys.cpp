@@ -42,7 +42,9 @@ const ServedClass *find_served_class(const char *class_name) {
     return nullptr;
 }
 
-const char *printable(const char *text) { return text != nullptr ? text : ""; }
+const char *printable(const char *text) {
+    return text != nullptr ? text : "";
+}
 
 bool is_string_value(const CMPIData &data) {
     return (data.type == CMPI_string && data.value.string != nullptr &&
@@ -136,9 +138,8 @@ int validate_zone_instance(const char *instance_id, int kind) {
             return lookup_and_report<ZoneRecord>(zs_cim_get_zone_by_instance_id, instance_id,
                                                  "Zone found ", "Zone Not Found");
         case 2:
-            return lookup_and_report<ZoneSetRecord>(zs_cim_get_zone_set_by_instance_id,
-                                                    instance_id, "ZoneSet found ",
-                                                    "ZoneSet Not Found");
+            return lookup_and_report<ZoneSetRecord>(zs_cim_get_zone_set_by_instance_id, instance_id,
+                                                    "ZoneSet found ", "ZoneSet Not Found");
         case 3:
             return lookup_and_report<ZoneAliasRecord>(zs_cim_get_zone_alias_by_instance_id,
                                                       instance_id, "ZoneAlias found",

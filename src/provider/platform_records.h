@@ -118,7 +118,9 @@ inline bool same_name(const char *a, std::string_view b) {
     return a != nullptr && std::strlen(a) == b.size() && strncasecmp(a, b.data(), b.size()) == 0;
 }
 
-inline bool null_or_empty(const char *s) { return s == nullptr || *s == '\0'; }
+inline bool null_or_empty(const char *s) {
+    return s == nullptr || *s == '\0';
+}
 
 // Copies at most 253 characters and a terminating zero into a 254-byte field.
 inline constexpr std::size_t kKeyTextSize = 254;

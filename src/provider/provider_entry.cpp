@@ -37,32 +37,26 @@ const CMPIInstanceMIFT instance_table = {
 };
 
 const CMPIAssociationMIFT association_table = {
-    kInterfaceVersion,
-    kInterfaceVersion,
-    "associationZoneProvider",
-    zone_Provider_AssociationCleanup,
-    zone_Provider_Associators,
-    zone_Provider_AssociatorNames,
-    zone_Provider_References,
-    zone_Provider_ReferenceNames,
+    kInterfaceVersion,         kInterfaceVersion,
+    "associationZoneProvider", zone_Provider_AssociationCleanup,
+    zone_Provider_Associators, zone_Provider_AssociatorNames,
+    zone_Provider_References,  zone_Provider_ReferenceNames,
 };
 
 const CMPIMethodMIFT method_table = {
-    kInterfaceVersion,
-    kInterfaceVersion,
-    "methodZoneProvider",
-    zone_Provider_MethodCleanup,
-    zone_Provider_InvokeMethod,
+    kInterfaceVersion,           kInterfaceVersion,          "methodZoneProvider",
+    zone_Provider_MethodCleanup, zone_Provider_InvokeMethod,
 };
 
 // The MI objects are static and never freed; their function tables are
 // constant, so the casts below only satisfy the 1.0 field types.
 CMPIInstanceMI instance_mi = {nullptr, const_cast<CMPIInstanceMIFT *>(&instance_table)};
-CMPIAssociationMI association_mi = {nullptr,
-                                    const_cast<CMPIAssociationMIFT *>(&association_table)};
+CMPIAssociationMI association_mi = {nullptr, const_cast<CMPIAssociationMIFT *>(&association_table)};
 CMPIMethodMI method_mi = {nullptr, const_cast<CMPIMethodMIFT *>(&method_table)};
 
-constexpr CMPIStatus status_of(CMPIrc rc) { return CMPIStatus{rc, nullptr}; }
+constexpr CMPIStatus status_of(CMPIrc rc) {
+    return CMPIStatus{rc, nullptr};
+}
 
 }  // namespace
 
@@ -83,8 +77,8 @@ CMPIInstanceMI *ZoneProvider_Create_InstanceMI(const CMPIBroker *broker, const C
     return &instance_mi;
 }
 
-CMPIAssociationMI *ZoneProvider_Create_AssociationMI(const CMPIBroker *broker,
-                                                     const CMPIContext *, CMPIStatus *) {
+CMPIAssociationMI *ZoneProvider_Create_AssociationMI(const CMPIBroker *broker, const CMPIContext *,
+                                                     CMPIStatus *) {
     _broker = broker;
     initialize();
     return &association_mi;
@@ -103,8 +97,7 @@ CMPIStatus zone_Provider_Cleanup(CMPIInstanceMI *, const CMPIContext *, CMPIBool
     return status_of(CMPI_RC_OK);
 }
 
-CMPIStatus zone_Provider_AssociationCleanup(CMPIAssociationMI *, const CMPIContext *,
-                                            CMPIBoolean) {
+CMPIStatus zone_Provider_AssociationCleanup(CMPIAssociationMI *, const CMPIContext *, CMPIBoolean) {
     return status_of(CMPI_RC_OK);
 }
 

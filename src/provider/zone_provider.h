@@ -91,9 +91,8 @@ CMPIStatus zone_Provider_DeleteInstance(CMPIInstanceMI *mi, const CMPIContext *c
 /* ---- Zone service and hosted service ------------------------------------ */
 
 /* mode 1: instances, any other value: names. */
-int get_zone_service_helper(const char *cls, int mode, const CMPIResult *result,
-                            const char **props, const char *ns, int queue,
-                            const CMPIBroker *broker);
+int get_zone_service_helper(const char *cls, int mode, const CMPIResult *result, const char **props,
+                            const char *ns, int queue, const CMPIBroker *broker);
 int get_zone_service_all_instances(const char *cls, const CMPIResult *result, const char *ns,
                                    int queue, const CMPIBroker *broker);
 int get_zone_service_keys(const char *cls, const CMPIResult *result, const char *ns, int queue,
@@ -155,8 +154,7 @@ int get_zone_hosted_collection_all_instances(const char *cls, const CMPIResult *
 int get_zone_hosted_collection_keys(const char *cls, const CMPIResult *result, const char *ns,
                                     int queue, const CMPIBroker *broker);
 int get_zone_hosted_collection_instance(const CMPIObjectPath *op, const CMPIResult *result,
-                                        const char **props, int queue,
-                                        const CMPIBroker *broker);
+                                        const char **props, int queue, const CMPIBroker *broker);
 
 /* ---- Association operations and traversals ----------------------------- */
 
@@ -169,16 +167,14 @@ int get_zone_hosted_collection_instance(const CMPIObjectPath *op, const CMPIResu
 CMPIStatus zone_Provider_Associators(CMPIAssociationMI *mi, const CMPIContext *ctx,
                                      const CMPIResult *result, const CMPIObjectPath *op,
                                      const char *assoc_class, const char *result_class,
-                                     const char *role, const char *result_role,
-                                     const char **props);
+                                     const char *role, const char *result_role, const char **props);
 CMPIStatus zone_Provider_AssociatorNames(CMPIAssociationMI *mi, const CMPIContext *ctx,
                                          const CMPIResult *result, const CMPIObjectPath *op,
                                          const char *assoc_class, const char *result_class,
                                          const char *role, const char *result_role);
 CMPIStatus zone_Provider_References(CMPIAssociationMI *mi, const CMPIContext *ctx,
                                     const CMPIResult *result, const CMPIObjectPath *op,
-                                    const char *result_class, const char *role,
-                                    const char **props);
+                                    const char *result_class, const char *role, const char **props);
 CMPIStatus zone_Provider_ReferenceNames(CMPIAssociationMI *mi, const CMPIContext *ctx,
                                         const CMPIResult *result, const CMPIObjectPath *op,
                                         const char *result_class, const char *role);
@@ -188,19 +184,16 @@ int get_zone_service_associator_reference_helper(const char *id, int mode, const
                                                  const char **props, int queue,
                                                  const CMPIBroker *broker);
 
-#define ZONE_DECLARE_TRAVERSALS(object)                                                      \
-    int get_##object##_associator_names(const char *id, const char *assoc_class,            \
-                                        const char *result_class, const char *role,          \
-                                        const char *result_role, const CMPIResult *result,   \
-                                        const char *ns);                                     \
-    int get_##object##_associators(const char *id, const char *assoc_class,                 \
-                                   const char *result_class, const char *role,               \
-                                   const char *result_role, const char **props,              \
-                                   const CMPIResult *result, const char *ns);                \
-    int get_##object##_reference_names(const char *id, const char *result_class,            \
-                                       const char *role, const CMPIResult *result,           \
-                                       const char *ns);                                      \
-    int get_##object##_references(const char *id, const char *result_class, const char *role, \
+#define ZONE_DECLARE_TRAVERSALS(object)                                                            \
+    int get_##object##_associator_names(                                                           \
+        const char *id, const char *assoc_class, const char *result_class, const char *role,       \
+        const char *result_role, const CMPIResult *result, const char *ns);                        \
+    int get_##object##_associators(                                                                \
+        const char *id, const char *assoc_class, const char *result_class, const char *role,       \
+        const char *result_role, const char **props, const CMPIResult *result, const char *ns);    \
+    int get_##object##_reference_names(const char *id, const char *result_class, const char *role, \
+                                       const CMPIResult *result, const char *ns);                  \
+    int get_##object##_references(const char *id, const char *result_class, const char *role,      \
                                   const char **props, const CMPIResult *result, const char *ns);
 
 ZONE_DECLARE_TRAVERSALS(zone_set)
@@ -222,10 +215,9 @@ CMPIStatus zone_Provider_InvokeMethod(CMPIMethodMI *mi, const CMPIContext *ctx,
  * key; never a zone server code. */
 #define ZONE_SERVICE_KEY_REFUSAL INT32_MIN
 
-#define ZONE_DECLARE_METHOD(handler)                                                     \
-    int handler(CMPIMethodMI *mi, const CMPIContext *ctx, const CMPIResult *result,     \
-                const CMPIObjectPath *op, const char *method, const CMPIArgs *in,        \
-                CMPIArgs *out);
+#define ZONE_DECLARE_METHOD(handler)                                                \
+    int handler(CMPIMethodMI *mi, const CMPIContext *ctx, const CMPIResult *result, \
+                const CMPIObjectPath *op, const char *method, const CMPIArgs *in, CMPIArgs *out);
 
 ZONE_DECLARE_METHOD(ZoneSetCreation)
 ZONE_DECLARE_METHOD(ZoneCreation)
@@ -244,8 +236,8 @@ ZONE_DECLARE_METHOD(RemoveDeviceAlias)
 int get_device_alias_keys(const char *cls, const CMPIResult *result, const char *ns);
 int get_device_alias_instance(const char *cls, const CMPIResult *result, const char **props,
                               const char *ns);
-int get_device_alias_instance_gi(const char *cls, const char *instance_id,
-                                 const CMPIResult *result, const char **props, const char *ns);
+int get_device_alias_instance_gi(const char *cls, const char *instance_id, const CMPIResult *result,
+                                 const char **props, const char *ns);
 
 #ifdef __cplusplus
 }

@@ -28,7 +28,8 @@ class AssociationConsistencyTest : public SwitchTest {
         cmpihost::Status status;
         {
             QuietStdout quiet;
-            status = provider().associatorNames(request, source, nullptr, nullptr, nullptr, nullptr);
+            status =
+                provider().associatorNames(request, source, nullptr, nullptr, nullptr, nullptr);
         }
         EXPECT_EQ(status.rc, CMPI_RC_OK) << canonical(source);
         const std::vector<std::string> paths = delivered_paths(request);
@@ -71,8 +72,8 @@ TEST_F(AssociationConsistencyTest, AssociatorNamesAndReferenceNamesReachTheSameO
 }
 
 TEST_F(AssociationConsistencyTest, EveryAssociationLeadsBackToItsSource) {
-    for (const char *cls : {"VORNA_ZoneSet", "VORNA_Zone", "VORNA_ZoneAlias",
-                            "VORNA_ZoneMemberSettingData"}) {
+    for (const char *cls :
+         {"VORNA_ZoneSet", "VORNA_Zone", "VORNA_ZoneAlias", "VORNA_ZoneMemberSettingData"}) {
         cmpihost::Request listing;
         for (const CMPIObjectPath *source : objects_of(listing, cls)) {
             cmpihost::Request request;
@@ -99,8 +100,8 @@ TEST_F(AssociationConsistencyTest, AssociatorsDeliverTheInstancesOfTheNamedObjec
             cmpihost::Status status;
             {
                 QuietStdout quiet;
-                status = provider().associators(request, source, nullptr, nullptr, nullptr,
-                                                nullptr, nullptr);
+                status = provider().associators(request, source, nullptr, nullptr, nullptr, nullptr,
+                                                nullptr);
             }
             EXPECT_EQ(status.rc, CMPI_RC_OK);
             EXPECT_EQ(request.doneCount(), 1);

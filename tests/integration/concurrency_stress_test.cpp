@@ -69,8 +69,8 @@ struct Database {
 struct VsanModel {
     Database full;
     Database active;
-    std::string active_zone_set;            // empty: nothing active
-    std::map<std::string, std::string> member_ids;  // member text -> member InstanceID
+    std::string active_zone_set;                        // empty: nothing active
+    std::map<std::string, std::string> member_ids;      // member text -> member InstanceID
     std::map<std::string, std::string> device_aliases;  // name -> port WWN
 };
 
@@ -94,8 +94,7 @@ void erase_object(std::map<std::string, ZoningObject> &objects, const std::strin
                   std::map<std::string, ZoningObject> *parents) {
     objects.erase(name);
     if (parents == nullptr) return;
-    for (auto &[parent_name, parent] : *parents)
-        std::erase(parent.children, name);
+    for (auto &[parent_name, parent] : *parents) std::erase(parent.children, name);
 }
 
 // ---- The fabric the clients start from ---------------------------------------
@@ -153,7 +152,9 @@ VsanModel starting_model(int client) {
 class Client {
   public:
     Client(const cmpihost::Provider &provider, int index)
-        : provider_(provider), index_(index), vsan_(kFirstVsan + index),
+        : provider_(provider),
+          index_(index),
+          vsan_(kFirstVsan + index),
           random_(static_cast<std::mt19937::result_type>(7919 * (index + 1))),
           model_(starting_model(index)) {}
 
@@ -170,21 +171,51 @@ class Client {
 
     void one_request() {
         switch (below(16)) {
-            case 0: create("CreateZoneSet", "ZoneSet", "s", model_.full.zone_sets); break;
-            case 1: create("CreateZone", "Zone", "z", model_.full.zones); break;
-            case 2: create("CreateZoneAlias", "ZoneAlias", "a", model_.full.aliases); break;
-            case 3: create_member(); break;
-            case 4: add_existing_member(); break;
-            case 5: add_zone(); break;
-            case 6: add_alias(); break;
-            case 7: activate(); break;
-            case 8: delete_object(); break;
-            case 9: unlink_zone(); break;
-            case 10: create_device_alias(); break;
-            case 11: remove_device_alias(); break;
-            case 12: check_zone_set_neighbours(); break;
-            case 13: check_get_instance(); break;
-            default: enumerate_or_traverse(); break;
+            case 0:
+                create("CreateZoneSet", "ZoneSet", "s", model_.full.zone_sets);
+                break;
+            case 1:
+                create("CreateZone", "Zone", "z", model_.full.zones);
+                break;
+            case 2:
+                create("CreateZoneAlias", "ZoneAlias", "a", model_.full.aliases);
+                break;
+            case 3:
+                create_member();
+                break;
+            case 4:
+                add_existing_member();
+                break;
+            case 5:
+                add_zone();
+                break;
+            case 6:
+                add_alias();
+                break;
+            case 7:
+                activate();
+                break;
+            case 8:
+                delete_object();
+                break;
+            case 9:
+                unlink_zone();
+                break;
+            case 10:
+                create_device_alias();
+                break;
+            case 11:
+                remove_device_alias();
+                break;
+            case 12:
+                check_zone_set_neighbours();
+                break;
+            case 13:
+                check_get_instance();
+                break;
+            default:
+                enumerate_or_traverse();
+                break;
         }
     }
 
@@ -216,7 +247,8 @@ class Client {
     // Runs a method on this client's zone service; true when it answered
     // "Success". *created receives the InstanceID of the output reference
     // named `output`, when there is one.
-    bool invoke(const char *method, const std::function<void(cmpihost::Request &, CMPIArgs *)> &fill,
+    bool invoke(const char *method,
+                const std::function<void(cmpihost::Request &, CMPIArgs *)> &fill,
                 const char *output = nullptr, std::string *created = nullptr) {
         cmpihost::Request request;
         CMPIObjectPath *target = request.newObjectPath(kNamespace, "VORNA_ZoneService");
@@ -237,8 +269,8 @@ class Client {
                 problem(std::string(method) + " gave no " + output);
                 return false;
             }
-            *created = cmpihost::dataText(ref.value.ref->ft->getKey(ref.value.ref, "InstanceID",
-                                                                    nullptr));
+            *created =
+                cmpihost::dataText(ref.value.ref->ft->getKey(ref.value.ref, "InstanceID", nullptr));
         }
         ++successes_;
         return true;
@@ -248,15 +280,16 @@ class Client {
         const std::string name = fresh_name(kind);
         std::string id;
         const bool zone = std::string(method) == "CreateZone";
-        if (invoke(method,
-                   [&](cmpihost::Request &, CMPIArgs *in) {
-                       cmpihost::addStringArg(in, "Name", name);
-                       if (zone) {  // CreateZone takes three arguments
-                           cmpihost::addStringArg(in, "Unused1", "");
-                           cmpihost::addStringArg(in, "Unused2", "");
-                       }
-                   },
-                   output, &id))
+        if (invoke(
+                method,
+                [&](cmpihost::Request &, CMPIArgs *in) {
+                    cmpihost::addStringArg(in, "Name", name);
+                    if (zone) {  // CreateZone takes three arguments
+                        cmpihost::addStringArg(in, "Unused1", "");
+                        cmpihost::addStringArg(in, "Unused2", "");
+                    }
+                },
+                output, &id))
             objects[name] = {id, {}, {}};
     }
 
@@ -270,18 +303,18 @@ class Client {
         const std::string parent_name = parent->first;
         const std::string parent_id = parent->second.instance_id;
         std::string id;
-        if (invoke("CreateZoneMembershipSettingData",
-                   [&](cmpihost::Request &request, CMPIArgs *in) {
-                       CMPIValue port_wwn{};
-                       port_wwn.uint16 = 10;
-                       cmpihost::addValueArg(in, "ConnectivityMemberType", port_wwn, CMPI_uint16);
-                       cmpihost::addStringArg(in, "ConnectivityMemberID", member);
-                       cmpihost::addReferenceArg(
-                           in, "Parent",
-                           reference(request, in_zone ? "VORNA_Zone" : "VORNA_ZoneAlias",
-                                     parent_id));
-                   },
-                   "ZoneMembershipSettingData", &id)) {
+        if (invoke(
+                "CreateZoneMembershipSettingData",
+                [&](cmpihost::Request &request, CMPIArgs *in) {
+                    CMPIValue port_wwn{};
+                    port_wwn.uint16 = 10;
+                    cmpihost::addValueArg(in, "ConnectivityMemberType", port_wwn, CMPI_uint16);
+                    cmpihost::addStringArg(in, "ConnectivityMemberID", member);
+                    cmpihost::addReferenceArg(
+                        in, "Parent",
+                        reference(request, in_zone ? "VORNA_Zone" : "VORNA_ZoneAlias", parent_id));
+                },
+                "ZoneMembershipSettingData", &id)) {
             parents[parent_name].members.push_back(member);
             model_.member_ids[member] = id;
         }
@@ -323,7 +356,8 @@ class Client {
         const std::string child_name = child->first;
         const std::string child_id = child->second.instance_id;
         if (invoke(method, [&](cmpihost::Request &request, CMPIArgs *in) {
-                cmpihost::addReferenceArg(in, "Parent", reference(request, parent_class, parent_id));
+                cmpihost::addReferenceArg(in, "Parent",
+                                          reference(request, parent_class, parent_id));
                 cmpihost::addReferenceArg(in, "Child", reference(request, child_class, child_id));
             }))
             parents[parent_name].children.push_back(child_name);
@@ -409,13 +443,15 @@ class Client {
         if (set == nullptr || set->second.children.empty()) return;
         const std::string set_name = set->first;
         const std::vector<std::string> &zones = set->second.children;
-        const std::string zone = zones[static_cast<std::size_t>(below(static_cast<int>(zones.size())))];
+        const std::string zone =
+            zones[static_cast<std::size_t>(below(static_cast<int>(zones.size())))];
         cmpihost::Request request;
         CMPIObjectPath *link = request.newObjectPath(kNamespace, "VORNA_ZoneMemberOfCollection");
         cmpihost::addReferenceKey(link, "Collection",
                                   reference(request, "VORNA_ZoneSet", set->second.instance_id));
         cmpihost::addReferenceKey(
-            link, "Member", reference(request, "VORNA_Zone", model_.full.zones.at(zone).instance_id));
+            link, "Member",
+            reference(request, "VORNA_Zone", model_.full.zones.at(zone).instance_id));
         if (delete_instance(link, request, zone + " from " + set_name))
             std::erase(model_.full.zone_sets[set_name].children, zone);
     }
@@ -447,10 +483,11 @@ class Client {
         if (set == nullptr) return;
         cmpihost::Request request;
         const cmpihost::Status status = provider_.associatorNames(
-            request, reference(request, "VORNA_ZoneSet", set->second.instance_id), nullptr,
-            nullptr, nullptr, nullptr);
-        if (status.rc != CMPI_RC_OK) return problem("associatorNames of " + set->first + " answered " +
-                                                    cmpihost::describe(status));
+            request, reference(request, "VORNA_ZoneSet", set->second.instance_id), nullptr, nullptr,
+            nullptr, nullptr);
+        if (status.rc != CMPI_RC_OK)
+            return problem("associatorNames of " + set->first + " answered " +
+                           cmpihost::describe(status));
         std::vector<std::string> seen;
         for (const cmpihost::Delivery &d : request.deliveries()) {
             if (d.kind != cmpihost::Delivery::Kind::ObjectPath) continue;
@@ -487,10 +524,15 @@ class Client {
     // Reads across every VSAN, racing with the other clients' changes: they
     // must simply succeed.
     void enumerate_or_traverse() {
-        static constexpr const char *kClasses[] = {
-            "VORNA_ZoneSet",    "VORNA_Zone",        "VORNA_ZoneAlias",
-            "VORNA_ZoneMemberSettingData", "VORNA_DeviceAlias", "VORNA_ZoneMemberOfCollection",
-            "VORNA_ElementSettingData",    "VORNA_ZoneService", "VORNA_ZoneHostedCollection"};
+        static constexpr const char *kClasses[] = {"VORNA_ZoneSet",
+                                                   "VORNA_Zone",
+                                                   "VORNA_ZoneAlias",
+                                                   "VORNA_ZoneMemberSettingData",
+                                                   "VORNA_DeviceAlias",
+                                                   "VORNA_ZoneMemberOfCollection",
+                                                   "VORNA_ElementSettingData",
+                                                   "VORNA_ZoneService",
+                                                   "VORNA_ZoneHostedCollection"};
         const char *cls = kClasses[below(static_cast<int>(std::size(kClasses)))];
         cmpihost::Request request;
         CMPIObjectPath *path = request.newObjectPath(kNamespace, cls);
@@ -513,7 +555,8 @@ class Client {
                 break;
             }
         }
-        if (status.rc != CMPI_RC_OK) return problem(what + " answered " + cmpihost::describe(status));
+        if (status.rc != CMPI_RC_OK)
+            return problem(what + " answered " + cmpihost::describe(status));
         ++successes_;
     }
 
@@ -540,8 +583,9 @@ Database database_from_dump(const nlohmann::json &database) {
         std::vector<std::string> items;
         for (const nlohmann::json &item : list) {
             const std::string id = item.at("id").get<std::string>();
-            items.push_back(item.at("type").get<int>() == 10 ? id : "type " + item.at("type").dump() +
-                                                                     " " + id);
+            items.push_back(item.at("type").get<int>() == 10
+                                ? id
+                                : "type " + item.at("type").dump() + " " + id);
         }
         return items;
     };
@@ -596,7 +640,8 @@ TEST_F(ConcurrencyStressTest, ClientsInTheirOwnVsansEndWithWhatTheirSuccessfulCa
     ASSERT_EQ(run_zonecim({"fabric", "dump"}, &dump), 0);
     const nlohmann::json state = nlohmann::json::parse(dump);
     std::map<int, const nlohmann::json *> vsans;
-    for (const nlohmann::json &vsan : state.at("vsans")) vsans[vsan.at("number").get<int>()] = &vsan;
+    for (const nlohmann::json &vsan : state.at("vsans"))
+        vsans[vsan.at("number").get<int>()] = &vsan;
     ASSERT_EQ(vsans.size(), static_cast<std::size_t>(kClients));
 
     std::map<std::string, std::string> expected_aliases;

@@ -21,8 +21,7 @@ class DeleteAndDeviceAliasTest : public ZonecimSession {
     std::string link_between(const std::string &cls, const std::string &parent,
                              const std::string &child) {
         for (const std::string &link : names(cls))
-            if (link.find("=" + parent + ",") != std::string::npos &&
-                link.ends_with("=" + child))
+            if (link.find("=" + parent + ",") != std::string::npos && link.ends_with("=" + child))
                 return link;
         ADD_FAILURE() << "no " << cls << " from " << parent << " to " << child;
         return cls + ".missing";
@@ -131,8 +130,7 @@ TEST_F(DeleteAndDeviceAliasTest, RefusedDeletionsChangeNothing) {
     const std::string active_set = named(kZoneSet, kVsan, "prod_a_cfg", true);
     const std::string active_zone = named(kZone, kVsan, "z_db01_array1", true);
     const std::string active_alias = named(kZoneAlias, kVsan, "array1_ctl_a", true);
-    const std::string active_member =
-        kMember + ".InstanceID=\"10^10^31:00:00:00:00:4c:a1:b2^1\"";
+    const std::string active_member = kMember + ".InstanceID=\"10^10^31:00:00:00:00:4c:a1:b2^1\"";
     const std::string not_modifiable =
         "Cim: (4) CIM_ERR_INVALID_PARAMETER: cannot modify active zoning object!";
 
@@ -150,17 +148,17 @@ TEST_F(DeleteAndDeviceAliasTest, RefusedDeletionsChangeNothing) {
     const std::string alias = named(kZoneAlias, kVsan, "array1_ctl_a", false);
     const std::string editable_member = kMember + ".InstanceID=\"10^10^31:00:00:00:00:4c:a1:b2^0\"";
     refused_delete(kZone + ".InstanceID=\"10^999^0\"", "Object not found");
-    refused_delete(kMemberOf + ".Collection=" + zone_set + ",Member=" + kZone +
-                       ".InstanceID=\"10^999^0\"",
-                   "Object not found");
+    refused_delete(
+        kMemberOf + ".Collection=" + zone_set + ",Member=" + kZone + ".InstanceID=\"10^999^0\"",
+        "Object not found");
     refused_delete(kMemberOf + ".Collection=" + backup_zone + ",Member=" + alias,
                    "Object not found");
-    refused_delete(kSettingLink + ".ManagedElement=" + backup_zone + ",SettingData=" +
-                       editable_member,
-                   "Object not found");
+    refused_delete(
+        kSettingLink + ".ManagedElement=" + backup_zone + ",SettingData=" + editable_member,
+        "Object not found");
     // A link whose member is named before its parent is no link.
-    refused_delete(kSettingLink + ".SettingData=" + editable_member + ",ManagedElement=" +
-                       named(kZone, kVsan, "z_db01_array1", false),
+    refused_delete(kSettingLink + ".SettingData=" + editable_member +
+                       ",ManagedElement=" + named(kZone, kVsan, "z_db01_array1", false),
                    "Invalid objectpath of CIM_ElementSettingData!");
 
     EXPECT_TRUE(listed(names(kZone), active_zone));
@@ -174,7 +172,8 @@ TEST_F(DeleteAndDeviceAliasTest, DeviceAliasIsCreatedFoundAndRemoved) {
     ASSERT_FALSE(before.empty());
     ASSERT_FALSE(listed(before, alias));
 
-    change(service, "CreateDeviceAlias.DeviceAliasName=\"flow_host0\",PWWN=\"21:00:00:24:FF:4C:A1:01\"");
+    change(service,
+           "CreateDeviceAlias.DeviceAliasName=\"flow_host0\",PWWN=\"21:00:00:24:FF:4C:A1:01\"");
 
     const std::vector<std::string> after = names(kDeviceAlias);
     EXPECT_EQ(after.size(), before.size() + 1);
@@ -245,8 +244,7 @@ TEST_F(DeleteAndDeviceAliasTest, RefusedDeviceAliasesChangeNothing) {
     cmpihost::Status status;
     {
         QuietStdout quiet;
-        status = provider().invokeMethod(request,
-                                         class_path(request, "VORNA_DeviceAliasService"),
+        status = provider().invokeMethod(request, class_path(request, "VORNA_DeviceAliasService"),
                                          "CreateDeviceAlias", in, request.newArgs());
     }
     EXPECT_EQ(status.rc, CMPI_RC_OK);

@@ -12,9 +12,15 @@ namespace zonetest {
 namespace {
 
 const char *const kServedClasses[] = {
-    "VORNA_ZoneService",        "VORNA_HostedService",          "VORNA_ZoneSet",
-    "VORNA_Zone",               "VORNA_ZoneAlias",              "VORNA_ZoneMemberSettingData",
-    "VORNA_DeviceAlias",        "VORNA_ZoneMemberOfCollection", "VORNA_ElementSettingData",
+    "VORNA_ZoneService",
+    "VORNA_HostedService",
+    "VORNA_ZoneSet",
+    "VORNA_Zone",
+    "VORNA_ZoneAlias",
+    "VORNA_ZoneMemberSettingData",
+    "VORNA_DeviceAlias",
+    "VORNA_ZoneMemberOfCollection",
+    "VORNA_ElementSettingData",
     "VORNA_ZoneHostedCollection",
 };
 
@@ -41,7 +47,8 @@ TEST_F(ReadSideTest, ZoneServicesAreOnePerVsanOfTheFabric) {
     const nlohmann::json fabric = example_fabric();
     std::set<std::string> expected;
     for (const auto &vsan : fabric["vsans"])
-        if (vsan["number"].get<int>() != 4094) expected.insert(std::to_string(vsan["number"].get<int>()));
+        if (vsan["number"].get<int>() != 4094)
+            expected.insert(std::to_string(vsan["number"].get<int>()));
 
     std::set<std::string> served;
     cmpihost::Request request;
@@ -70,7 +77,8 @@ TEST_F(ReadSideTest, GetInstanceFindsEveryEnumeratedObjectAgain) {
                 QuietStdout quiet;
                 status = provider().getInstance(request, d.path, nullptr);
             }
-            ASSERT_EQ(status.rc, CMPI_RC_OK) << canonical(d.path) << " " << cmpihost::describe(status);
+            ASSERT_EQ(status.rc, CMPI_RC_OK)
+                << canonical(d.path) << " " << cmpihost::describe(status);
             ASSERT_EQ(request.deliveries().size(), 1u) << canonical(d.path);
             // The instance carries every key of the path it was asked for.
             const CMPIInstance *instance = request.deliveries().front().instance;
@@ -120,8 +128,9 @@ TEST_F(ReadSideTest, UnservedClassesAreRefusedAndHostedCollectionIsEmpty) {
               CMPI_RC_ERR_NOT_SUPPORTED);
     EXPECT_EQ(provider().enumInstanceNames(request, class_path(request, "VORNA_Vsan")).rc,
               CMPI_RC_OK);
-    EXPECT_EQ(provider().enumInstances(request, class_path(request, "VORNA_HostedCollection"),
-                                       nullptr).rc,
+    EXPECT_EQ(provider()
+                  .enumInstances(request, class_path(request, "VORNA_HostedCollection"), nullptr)
+                  .rc,
               CMPI_RC_OK);
     EXPECT_TRUE(request.deliveries().empty());
 }
@@ -177,7 +186,8 @@ TEST_F(AssociationClassTest, ElementSettingDataLinksWhatZonesAndAliasesReach) {
 
 TEST_F(AssociationClassTest, MemberOfCollectionLinksZoneSetsToZonesAndZonesToAliases) {
     auto expected = reached("VORNA_ZoneSet", "VORNA_ZoneMemberOfCollection", nullptr);
-    for (const auto &pair : reached("VORNA_Zone", "VORNA_ZoneMemberOfCollection", "VORNA_ZoneAlias"))
+    for (const auto &pair :
+         reached("VORNA_Zone", "VORNA_ZoneMemberOfCollection", "VORNA_ZoneAlias"))
         expected.insert(pair);
     EXPECT_FALSE(expected.empty());
     EXPECT_EQ(links("VORNA_ZoneMemberOfCollection", "Collection", "Member"), expected);

@@ -73,14 +73,15 @@ inline std::string canonical(const CMPIObjectPath *path) {
 // The canonical text of a reference key (or property) of a path.
 inline std::string reference_key(const CMPIObjectPath *path, const char *name) {
     const CMPIData value = path->ft->getKey(path, name, nullptr);
-    return value.type == CMPI_ref ? canonical(value.value.ref) : "<missing " + std::string(name) + ">";
+    return value.type == CMPI_ref ? canonical(value.value.ref)
+                                  : "<missing " + std::string(name) + ">";
 }
 
 class SwitchTest : public ::testing::Test {
   protected:
     static void SetUpTestSuite() {
-        directory_ = std::filesystem::temp_directory_path() /
-                     ("zone-it-" + std::to_string(getpid()));
+        directory_ =
+            std::filesystem::temp_directory_path() / ("zone-it-" + std::to_string(getpid()));
         std::filesystem::create_directories(directory_);
         setenv("ZONE_SIM_DB", (directory_ / "switch.db").c_str(), 1);
         std::string error;

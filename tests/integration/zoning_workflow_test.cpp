@@ -41,11 +41,11 @@ class ZoningWorkflowTest : public ZonecimSession {
 
     std::string new_member(const std::string &service, int type, const std::string &id,
                            const std::string &parent) {
-        return create(service,
-                      "CreateZoneMembershipSettingData.ConnectivityMemberType=" +
-                          std::to_string(type) + ",ConnectivityMemberID=\"" + id +
-                          "\",SystemSpecificCollection=" + parent,
-                      "ZoneMembershipSettingData");
+        return create(
+            service,
+            "CreateZoneMembershipSettingData.ConnectivityMemberType=" + std::to_string(type) +
+                ",ConnectivityMemberID=\"" + id + "\",SystemSpecificCollection=" + parent,
+            "ZoneMembershipSettingData");
     }
 };
 
@@ -53,13 +53,14 @@ TEST_F(ZoningWorkflowTest, ZoneSetBuiltByMethodsIsActivatedWithItsZonesAliasesAn
     const std::string service = zone_service(kVsan);
     const std::string untouched = database_without(kVsan);
 
-    const std::string zone_set = create(service, "CreateZoneSet.ZoneSetName=\"flow_cfg\"", "ZoneSet");
+    const std::string zone_set =
+        create(service, "CreateZoneSet.ZoneSetName=\"flow_cfg\"", "ZoneSet");
     const std::string web =
         create(service, "CreateZone.ZoneName=\"flow_web\",ZoneType=2,ZoneSubType=2", "Zone");
     // The methods are served on the generic zone service class as well.
     const std::string generic_service = "root/cimv2:CIM_ZoneService.Name=\"10\"";
-    const std::string db = create(
-        generic_service, "CreateZone.ZoneName=\"flow_db\",ZoneType=2,ZoneSubType=2", "Zone");
+    const std::string db =
+        create(generic_service, "CreateZone.ZoneName=\"flow_db\",ZoneType=2,ZoneSubType=2", "Zone");
     const std::string alias =
         create(service, "CreateZoneAlias.CollectionAlias=\"flow_array\"", "ZoneAlias");
     for (const auto &[path, cls] : {std::pair{zone_set, kZoneSet}, std::pair{web, kZone},
@@ -96,9 +97,9 @@ TEST_F(ZoningWorkflowTest, ZoneSetBuiltByMethodsIsActivatedWithItsZonesAliasesAn
     EXPECT_EQ(in_database(names(kZoneSet), kVsan, true), std::vector<std::string>{active_set});
     EXPECT_EQ(in_database(names(kZone), kVsan, true), sorted({active_web, active_db}));
     EXPECT_EQ(in_database(names(kZoneAlias), kVsan, true), std::vector<std::string>{active_alias});
-    EXPECT_EQ(in_database(names(kMember), kVsan, true),
-              sorted({active_copy(host), active_copy(port), active_copy(hba),
-                      active_copy(array_port)}));
+    EXPECT_EQ(
+        in_database(names(kMember), kVsan, true),
+        sorted({active_copy(host), active_copy(port), active_copy(hba), active_copy(array_port)}));
 
     // Following the associations from the active zone set.
     EXPECT_EQ(neighbours(active_set, kZone), sorted({active_web, active_db}));
@@ -180,8 +181,7 @@ TEST_F(ZoningWorkflowTest, RefusedMethodsLeaveTheDatabaseAsItWas) {
         {other_service, add_alias(zone, alias), kNotThisService},
         {other_service, new_member_call(10, "21:00:00:24:ff:4c:a1:09", zone), kNotThisService},
         {other_service, add_member(zone, member), kNotThisService},
-        {other_service, "ActivateZoneSet.ZoneSet=" + zone_set + ",Activate=true",
-         kNotThisService},
+        {other_service, "ActivateZoneSet.ZoneSet=" + zone_set + ",Activate=true", kNotThisService},
         // Objects of the active database.
         {service, add_zone(active_set, zone), kNotThisService},
         {service, add_zone(zone_set, active_zone), kNotThisService},
@@ -196,8 +196,7 @@ TEST_F(ZoningWorkflowTest, RefusedMethodsLeaveTheDatabaseAsItWas) {
         {service, add_alias(zone, missing_alias), "Object not found"},
         {service, add_alias(zone, alias), "Member already present"},
         {service, add_member(zone, member), "Member already present"},
-        {service, "ActivateZoneSet.ZoneSet=" + missing_set + ",Activate=true",
-         "Object not found"},
+        {service, "ActivateZoneSet.ZoneSet=" + missing_set + ",Activate=true", "Object not found"},
         // Member identifiers that are no member of their type.
         {service, new_member_call(10, "21:00:00:zz:00:00:00:01", zone), kInvalidParameter},
         {service, new_member_call(10, "21:00:00:24:ff:4c:a1", zone), kInvalidParameter},

@@ -29,14 +29,22 @@ struct ClassCase {
 
 TEST(ClassCheck, AcceptsTheElevenServedClassesInAnyCase) {
     const ClassCase cases[] = {
-        {"VORNA_ZoneSet", 1},           {"vorna_zonealias", 1},
-        {"VORNA_ZONE", 1},              {"VORNA_DeviceAlias", 1},
-        {"VORNA_ZoneMemberSettingData", 1}, {"VORNA_HostedCollection", 1},
-        {"VORNA_ZoneMemberOfCollection", 1}, {"VORNA_ElementSettingData", 1},
-        {"VORNA_ZoneService", 1},       {"VORNA_HostedService", 1},
-        {"VORNA_ZoneHostedCollection", 1}, {"VORNA_DeviceAliasService", 0},
-        {"VORNA_Vsan", 0},              {"CIM_ZoneSet", 0},
-        {"VORNA_ZoneSetX", 0},          {"", 0},
+        {"VORNA_ZoneSet", 1},
+        {"vorna_zonealias", 1},
+        {"VORNA_ZONE", 1},
+        {"VORNA_DeviceAlias", 1},
+        {"VORNA_ZoneMemberSettingData", 1},
+        {"VORNA_HostedCollection", 1},
+        {"VORNA_ZoneMemberOfCollection", 1},
+        {"VORNA_ElementSettingData", 1},
+        {"VORNA_ZoneService", 1},
+        {"VORNA_HostedService", 1},
+        {"VORNA_ZoneHostedCollection", 1},
+        {"VORNA_DeviceAliasService", 0},
+        {"VORNA_Vsan", 0},
+        {"CIM_ZoneSet", 0},
+        {"VORNA_ZoneSetX", 0},
+        {"", 0},
     };
     for (const ClassCase &c : cases) {
         testing::internal::CaptureStdout();
@@ -76,8 +84,8 @@ TEST(KeyCheck, AcceptsTheIdentifyingKeyOfEachClass) {
         const std::string out = testing::internal::GetCapturedStdout();
         const std::string checking =
             std::string("checking key name ") + c.class_name + " -- " + c.key_name + " \n";
-        const std::string fail = std::string("\tFAIL check key name ") + c.class_name + " -- " +
-                                 c.key_name + " \n";
+        const std::string fail =
+            std::string("\tFAIL check key name ") + c.class_name + " -- " + c.key_name + " \n";
         EXPECT_EQ(out.rfind(checking, 0), 0u) << out;
         EXPECT_EQ(out.find(fail) != std::string::npos, c.accepted == 0) << out;
     }

@@ -53,9 +53,9 @@ TEST_F(ProviderEntryTest, FactoriesHandOutTheirTablesAndOpenTheQueueEachTime) {
     EXPECT_STREQ(instance->ft->miName, "instanceZoneProvider");
     EXPECT_STREQ(association->ft->miName, "associationZoneProvider");
     EXPECT_STREQ(method->ft->miName, "methodZoneProvider");
-    for (int version : {instance->ft->ftVersion, instance->ft->miVersion,
-                        association->ft->ftVersion, association->ft->miVersion,
-                        method->ft->ftVersion, method->ft->miVersion})
+    for (int version :
+         {instance->ft->ftVersion, instance->ft->miVersion, association->ft->ftVersion,
+          association->ft->miVersion, method->ft->ftVersion, method->ft->miVersion})
         EXPECT_EQ(version, 100);
     EXPECT_EQ(instance->ft->enumInstanceNames, zone_Provider_EnumInstanceNames);
     EXPECT_EQ(instance->ft->deleteInstance, zone_Provider_DeleteInstance);
