@@ -17,13 +17,24 @@ export ZONE_SIM_DB=${ZONE_SIM_DB:-$PWD/$build/zone-switch.db}
 zonecim=$build/src/zonecim/zonecim
 "$zonecim" fabric load "$fabric"
 
+# The address the server will listen on, for the commands printed below.
+listen=127.0.0.1:5988
+args=("$@")
+for ((i = 0; i < ${#args[@]}; ++i)); do
+  case ${args[i]} in
+    --listen=*) listen=${args[i]#--listen=} ;;
+    --listen) ((i + 1 < ${#args[@]})) && listen=${args[i + 1]} ;;
+  esac
+done
+url=http://$listen
+
 cat <<MSG
 Simulated switch loaded from $fabric (database $ZONE_SIM_DB).
-Serving it on http://127.0.0.1:5988 ; try, from another shell:
-  wbemcli ein 'http://localhost:5988/root/cimv2:VORNA_ZoneService'
-  wbemcli ei  'http://localhost:5988/root/cimv2:VORNA_Zone'
-  wbemcli ain -ac VORNA_ZoneMemberOfCollection 'http://localhost:5988/root/cimv2:VORNA_ZoneSet.InstanceID="10^1^1"'
-  wbemcli cm  'http://localhost:5988/root/cimv2:VORNA_ZoneService.SystemCreationClassName="VORNA_Vsan",SystemName="10",CreationClassName="VORNA_ZoneService",Name="10"' 'CreateZoneSet.ZoneSetName="lab_zs"'
+Serving it on $url ; try, from another shell:
+  wbemcli ein '$url/root/cimv2:VORNA_ZoneService'
+  wbemcli ei  '$url/root/cimv2:VORNA_Zone'
+  wbemcli ain -ac VORNA_ZoneMemberOfCollection '$url/root/cimv2:VORNA_ZoneSet.InstanceID="10^1^1"'
+  wbemcli cm  '$url/root/cimv2:VORNA_ZoneService.SystemCreationClassName="VORNA_Vsan",SystemName="10",CreationClassName="VORNA_ZoneService",Name="10"' 'CreateZoneSet.ZoneSetName="lab_zs"'
 or, without a server, the same through the command line tool:
   ZONE_SIM_DB=$ZONE_SIM_DB $zonecim ei 'root/cimv2:VORNA_Zone'
 Stop with Ctrl-C.
