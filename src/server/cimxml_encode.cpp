@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <string>
+#include <utility>
 
 #include "host/cmpihost.h"
 
@@ -32,69 +33,84 @@ CMPIType element_type(CMPIType type) {
     return static_cast<CMPIType>(type & ~CMPI_ARRAY);
 }
 
+// The characters of a CMPIString, where they lie (a CMPI 1.0 string's hdl
+// is its characters); empty for null.
+std::string_view chars_of(const CMPIString *s) {
+    return s != nullptr && s->hdl != nullptr ? std::string_view(static_cast<const char *>(s->hdl))
+                                             : std::string_view();
+}
+
 template <typename Real>
-std::string real_text(Real value) {
+std::string_view real_text(Real value, char (&buffer)[64]) {
     if (std::isnan(value)) return "NaN";
     if (std::isinf(value)) return value < 0 ? "-INF" : "INF";
-    char buffer[64];
     const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
-    return ec == std::errc() ? std::string(buffer, end) : std::string("0");
+    return ec == std::errc() ? std::string_view(buffer, end - buffer) : std::string_view("0");
+}
+
+template <typename Integer>
+std::string_view integer_text(Integer value, char (&buffer)[64]) {
+    const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
+    return std::string_view(buffer, ec == std::errc() ? end - buffer : 0);
 }
 
 // A UCS-2 code unit as UTF-8.
-std::string char16_text(CMPIChar16 c) {
-    std::string out;
+std::string_view char16_text(CMPIChar16 c, char (&buffer)[64]) {
+    std::size_t n = 0;
     if (c < 0x80) {
-        out += static_cast<char>(c);
+        buffer[n++] = static_cast<char>(c);
     } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
+        buffer[n++] = static_cast<char>(0xC0 | (c >> 6));
+        buffer[n++] = static_cast<char>(0x80 | (c & 0x3F));
     } else {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
+        buffer[n++] = static_cast<char>(0xE0 | (c >> 12));
+        buffer[n++] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        buffer[n++] = static_cast<char>(0x80 | (c & 0x3F));
     }
-    return out;
+    return std::string_view(buffer, n);
 }
 
-std::string datetime_text(const CMPIDateTime *datetime) {
+std::string_view datetime_text(const CMPIDateTime *datetime) {
     if (datetime == nullptr || datetime->ft == nullptr) return {};
-    return cmpihost::text(datetime->ft->getStringFormat(datetime, nullptr));
+    return chars_of(datetime->ft->getStringFormat(datetime, nullptr));
 }
 
-// The text of a scalar that is neither a reference nor an instance.
-std::string scalar_text(CMPIType type, const CMPIValue &v) {
+// The text of a scalar that is neither a reference nor an instance: where it
+// lies, or in buffer (numbers and the like).
+std::string_view scalar_text(CMPIType type, const CMPIValue &v, char (&buffer)[64]) {
     switch (type) {
         case CMPI_string:
-            return cmpihost::text(v.string);
+            return chars_of(v.string);
         case CMPI_chars:
-            return v.chars != nullptr ? v.chars : "";
+            return v.chars != nullptr ? std::string_view(v.chars) : std::string_view();
         case CMPI_charsptr:
-            return v.dataPtr.ptr != nullptr ? *static_cast<const char *const *>(v.dataPtr.ptr) : "";
+            return v.dataPtr.ptr != nullptr
+                       ? std::string_view(*static_cast<const char *const *>(v.dataPtr.ptr))
+                       : std::string_view();
         case CMPI_boolean:
             return v.boolean ? "TRUE" : "FALSE";
         case CMPI_char16:
-            return char16_text(v.char16);
+            return char16_text(v.char16, buffer);
         case CMPI_uint8:
-            return std::to_string(v.uint8);
+            return integer_text(static_cast<unsigned>(v.uint8), buffer);
         case CMPI_uint16:
-            return std::to_string(v.uint16);
+            return integer_text(static_cast<unsigned>(v.uint16), buffer);
         case CMPI_uint32:
-            return std::to_string(v.uint32);
+            return integer_text(v.uint32, buffer);
         case CMPI_uint64:
-            return std::to_string(v.uint64);
+            return integer_text(v.uint64, buffer);
         case CMPI_sint8:
-            return std::to_string(v.sint8);
+            return integer_text(static_cast<int>(v.sint8), buffer);
         case CMPI_sint16:
-            return std::to_string(v.sint16);
+            return integer_text(static_cast<int>(v.sint16), buffer);
         case CMPI_sint32:
-            return std::to_string(v.sint32);
+            return integer_text(v.sint32, buffer);
         case CMPI_sint64:
-            return std::to_string(v.sint64);
+            return integer_text(v.sint64, buffer);
         case CMPI_real32:
-            return real_text(v.real32);
+            return real_text(v.real32, buffer);
         case CMPI_real64:
-            return real_text(v.real64);
+            return real_text(v.real64, buffer);
         case CMPI_dateTime:
             return datetime_text(v.dateTime);
         default:
@@ -108,9 +124,9 @@ std::string_view key_value_type(CMPIType type) {
     return "string";
 }
 
-std::string class_name_of(const CMPIObjectPath *path) {
+std::string_view class_name_of(const CMPIObjectPath *path) {
     if (path == nullptr || path->ft == nullptr) return {};
-    return cmpihost::text(path->ft->getClassName(path, nullptr));
+    return chars_of(path->ft->getClassName(path, nullptr));
 }
 
 const CMPIObjectPath *path_of(const CMPIInstance *instance) {
@@ -175,11 +191,20 @@ void write_local_namespace(XmlWriter &out, std::string_view ns) {
 Encoder::Encoder(const zoneschema::Schema &schema, std::string ns, std::string host)
     : schema_(schema), ns_(std::move(ns)), host_(std::move(host)) {}
 
-std::string Encoder::namespace_of(const CMPIObjectPath *path) const {
-    std::string ns;
+std::string_view Encoder::namespace_of(const CMPIObjectPath *path) const {
+    std::string_view ns;
     if (path != nullptr && path->ft != nullptr)
-        ns = cmpihost::text(path->ft->getNameSpace(path, nullptr));
-    return ns.empty() ? ns_ : ns;
+        ns = chars_of(path->ft->getNameSpace(path, nullptr));
+    return ns.empty() ? std::string_view(ns_) : ns;
+}
+
+const std::vector<zoneschema::Property> &Encoder::declared_properties(
+    std::string_view class_name) const {
+    auto found = declared_.find(class_name);
+    if (found == declared_.end())
+        found =
+            declared_.emplace(std::string(class_name), schema_.all_properties(class_name)).first;
+    return found->second;
 }
 
 void Encoder::value(XmlWriter &out, const CMPIData &data) const {
@@ -211,7 +236,8 @@ void Encoder::value(XmlWriter &out, const CMPIData &data) const {
         out.element("VALUE", embedded.str());
         return;
     }
-    out.element("VALUE", scalar_text(data.type, data.value));
+    char buffer[64];
+    out.element("VALUE", scalar_text(data.type, data.value, buffer));
 }
 
 void Encoder::reference_value(XmlWriter &out, const CMPIObjectPath *path) const {
@@ -226,7 +252,10 @@ void Encoder::key_binding(XmlWriter &out, std::string_view name, const CMPIData 
         reference_value(out, data.value.ref);
     } else {
         out.open("KEYVALUE").attribute("VALUETYPE", key_value_type(data.type));
-        if (!is_null(data)) out.text(scalar_text(data.type, data.value));
+        if (!is_null(data)) {
+            char buffer[64];
+            out.text(scalar_text(data.type, data.value, buffer));
+        }
         out.close();
     }
     out.close();
@@ -239,7 +268,7 @@ void Encoder::instance_name(XmlWriter &out, const CMPIObjectPath *path) const {
         for (unsigned int i = 0; i < count; ++i) {
             CMPIString *name = nullptr;
             const CMPIData data = path->ft->getKeyAt(path, i, &name, nullptr);
-            key_binding(out, cmpihost::text(name), data);
+            key_binding(out, chars_of(name), data);
         }
     }
     out.close();
@@ -253,11 +282,11 @@ void Encoder::local_instance_path(XmlWriter &out, const CMPIObjectPath *path) co
 }
 
 void Encoder::instance_path(XmlWriter &out, const CMPIObjectPath *path) const {
-    std::string host;
+    std::string_view host;
     if (path != nullptr && path->ft != nullptr)
-        host = cmpihost::text(path->ft->getHostname(path, nullptr));
+        host = chars_of(path->ft->getHostname(path, nullptr));
     out.open("INSTANCEPATH").open("NAMESPACEPATH");
-    out.element("HOST", host.empty() ? host_ : host);
+    out.element("HOST", host.empty() ? std::string_view(host_) : host);
     write_local_namespace(out, namespace_of(path));
     out.close();
     instance_name(out, path);
@@ -270,7 +299,7 @@ void Encoder::object_path(XmlWriter &out, const CMPIObjectPath *path) const {
     out.close();
 }
 
-void Encoder::property(XmlWriter &out, const std::string &class_name, std::string_view name,
+void Encoder::property(XmlWriter &out, std::string_view class_name, std::string_view name,
                        const CMPIData &data) const {
     const bool null = is_null(data);
     if ((data.type & CMPI_ARRAY) != 0) {
@@ -320,24 +349,34 @@ void Encoder::null_property(XmlWriter &out, const zoneschema::Property &declared
 
 void Encoder::instance(XmlWriter &out, const CMPIInstance *instance,
                        const PropertyFilter &filter) const {
-    const std::string class_name = class_name_of(path_of(instance));
+    instance_body(out, instance, class_name_of(path_of(instance)), filter);
+}
+
+void Encoder::instance_body(XmlWriter &out, const CMPIInstance *instance,
+                            std::string_view class_name, const PropertyFilter &filter) const {
     out.open("INSTANCE").attribute("CLASSNAME", class_name);
-    std::vector<std::string> written;
+    // The names lie in the instance's objects, alive as long as the call.
+    std::vector<std::string_view> written;
     if (instance != nullptr && instance->ft != nullptr) {
         const unsigned int count = instance->ft->getPropertyCount(instance, nullptr);
+        written.reserve(count);
         for (unsigned int i = 0; i < count; ++i) {
             CMPIString *name_string = nullptr;
             const CMPIData data = instance->ft->getPropertyAt(instance, i, &name_string, nullptr);
-            std::string name = cmpihost::text(name_string);
+            const std::string_view name = chars_of(name_string);
             if (!filter.allows(name)) continue;
             property(out, class_name, name, data);
-            written.push_back(std::move(name));
+            written.push_back(name);
         }
     }
-    for (const zoneschema::Property &declared : schema_.all_properties(class_name)) {
+    for (const zoneschema::Property &declared : declared_properties(class_name)) {
         if (!filter.allows(declared.name)) continue;
         bool set = false;
-        for (const auto &name : written) set = set || zoneschema::same_name(name, declared.name);
+        for (const std::string_view name : written)
+            if (zoneschema::same_name(name, declared.name)) {
+                set = true;
+                break;
+            }
         if (!set) null_property(out, declared);
     }
     out.close();
@@ -345,17 +384,21 @@ void Encoder::instance(XmlWriter &out, const CMPIInstance *instance,
 
 void Encoder::named_instance(XmlWriter &out, const CMPIInstance *instance,
                              const PropertyFilter &filter) const {
+    // One path serves both the name and the class of the instance: every
+    // getObjectPath makes a new one.
+    const CMPIObjectPath *path = path_of(instance);
     out.open("VALUE.NAMEDINSTANCE");
-    instance_name(out, path_of(instance));
-    this->instance(out, instance, filter);
+    instance_name(out, path);
+    instance_body(out, instance, class_name_of(path), filter);
     out.close();
 }
 
 void Encoder::object_with_path(XmlWriter &out, const CMPIInstance *instance,
                                const PropertyFilter &filter) const {
+    const CMPIObjectPath *path = path_of(instance);
     out.open("VALUE.OBJECTWITHPATH");
-    instance_path(out, path_of(instance));
-    this->instance(out, instance, filter);
+    instance_path(out, path);
+    instance_body(out, instance, class_name_of(path), filter);
     out.close();
 }
 

@@ -15,6 +15,8 @@
 #include <cmpidt.h>
 #include <cmpift.h>
 
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -85,15 +87,22 @@ class Encoder {
 
   private:
     void key_binding(XmlWriter &out, std::string_view name, const CMPIData &data) const;
-    void property(XmlWriter &out, const std::string &class_name, std::string_view name,
+    void property(XmlWriter &out, std::string_view class_name, std::string_view name,
                   const CMPIData &data) const;
     void null_property(XmlWriter &out, const zoneschema::Property &property) const;
     void reference_value(XmlWriter &out, const CMPIObjectPath *path) const;
-    std::string namespace_of(const CMPIObjectPath *path) const;
+    void instance_body(XmlWriter &out, const CMPIInstance *instance, std::string_view class_name,
+                       const PropertyFilter &filter) const;
+    std::string_view namespace_of(const CMPIObjectPath *path) const;
+    // The properties of a class, inherited ones included, worked out once
+    // per class and encoder rather than once per instance.
+    const std::vector<zoneschema::Property> &declared_properties(std::string_view class_name) const;
 
     const zoneschema::Schema &schema_;
     std::string ns_;
     std::string host_;
+    // An encoder serves one request, on one thread at a time.
+    mutable std::map<std::string, std::vector<zoneschema::Property>, std::less<>> declared_;
 };
 
 }  // namespace zoneserver

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <exception>
+#include <utility>
 
 #include "server/cim_status.h"
 #include "server/operations.h"
@@ -200,28 +201,33 @@ Answer CimXmlService::handle(std::string_view body) const {
         const std::string name = envelope.call.attribute("NAME").value();
         const bool intrinsic = std::string_view(envelope.call.name()) == "IMETHODCALL";
 
-        // Every CMPI object of this request lives until the answer is written.
-        cmpihost::Request request;
         XmlWriter out;
         open_response(out, envelope.message_id);
         out.open(intrinsic ? "IMETHODRESPONSE" : "METHODRESPONSE").attribute("NAME", name);
-        const std::string outcome = answer_or_error(out, [&] {
-            const Backend backend{provider_, schema_, host_};
-            if (intrinsic)
-                run_intrinsic(backend, request, envelope.call, out);
-            else
-                run_extrinsic(backend, request, envelope.call, out);
-        });
-        answer.body = out.take();
+        std::string outcome;
+        {
+            // Every CMPI object of this request lives until the answer is
+            // encoded, and not a moment longer: the answer is sent without
+            // them.
+            cmpihost::Request request;
+            outcome = answer_or_error(out, [&] {
+                const Backend backend{provider_, schema_, host_};
+                if (intrinsic)
+                    run_intrinsic(backend, request, envelope.call, out);
+                else
+                    run_extrinsic(backend, request, envelope.call, out);
+            });
+        }
+        answer.body = out.take_text();
         answer.summary = name + " " + subject_of(envelope.call) + " -> " + outcome;
     } catch (const ProtocolError &error) {
         answer.http_status = error.http_status();
         answer.cim_error = error.cim_error();
-        answer.body.clear();
+        answer.body = XmlText();
         answer.summary = "refused: " + error.cim_error() + " (" + error.what() + ")";
     } catch (const std::exception &error) {
         answer.http_status = 500;
-        answer.body.clear();
+        answer.body = XmlText();
         answer.summary = std::string("internal error: ") + error.what();
     }
     return answer;
@@ -247,7 +253,7 @@ void run_intrinsic(const Backend &backend, cmpihost::Request &request, pugi::xml
         context.params.add(param);
     }
     op->handler(context);
-    if (context.returns_value) out.open("IRETURNVALUE").raw(context.result.take()).close();
+    if (context.returns_value) out.open("IRETURNVALUE").append(std::move(context.result)).close();
 }
 
 void run_extrinsic(const Backend &backend, cmpihost::Request &request, pugi::xml_node call,
@@ -287,7 +293,7 @@ void run_extrinsic(const Backend &backend, cmpihost::Request &request, pugi::xml
         const CMPIData data = outputs->ft->getArgAt(outputs, i, &name, nullptr);
         encoder.param_value(body, cmpihost::text(name), data);
     }
-    out.raw(body.take());
+    out.append(std::move(body));
 }
 
 }  // namespace

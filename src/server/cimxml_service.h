@@ -18,12 +18,13 @@
 
 #include "host/cmpihost.h"
 #include "schema/schema.h"
+#include "server/xml_writer.h"
 
 namespace zoneserver {
 
 struct Answer {
     int http_status = 200;
-    std::string body;       // CIM-XML; empty for protocol errors
+    XmlText body;           // CIM-XML; empty for protocol errors
     std::string cim_error;  // the CIMError header of a protocol error
     std::string summary;    // one line for the request log
 };
@@ -37,7 +38,8 @@ class CimXmlService {
     // Never throws. A body that isn't well-formed XML, or isn't a CIM-XML
     // request, is a protocol error (400, or 501 for versions and
     // multi-requests the server doesn't support); everything else gets a
-    // CIM-XML answer.
+    // CIM-XML answer. The CMPI objects of the request are gone by the time
+    // it returns: only the answer's markup is left.
     Answer handle(std::string_view body) const;
 
   private:

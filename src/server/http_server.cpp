@@ -199,6 +199,38 @@ class SignalWatch {
     std::thread thread_;
 };
 
+// Sends the markup of an answer as it lies, block by block, each block freed
+// once it is written: httplib's set_content would copy the whole answer
+// first. The length is known, so the answer goes out with Content-Length,
+// as one from set_content does.
+void send_blocks(httplib::Response &res, XmlText body) {
+    if (body.empty()) {
+        res.set_content(std::string(), kXmlContentType);
+        return;
+    }
+    struct Outgoing {
+        XmlText text;
+        std::size_t next = 0;  // the block to write next
+        std::size_t sent = 0;  // the bytes of the blocks before it
+    };
+    const std::size_t length = body.size();
+    auto outgoing = std::make_shared<Outgoing>(Outgoing{std::move(body)});
+    // httplib asks for the bytes from offset on once it has written
+    // everything before; any other offset is no state to resume from.
+    auto write_next = [outgoing](std::size_t offset, std::size_t, httplib::DataSink &sink) {
+        Outgoing &out = *outgoing;
+        const auto &blocks = out.text.blocks();
+        while (out.next < blocks.size() && blocks[out.next].empty()) ++out.next;
+        if (out.next >= blocks.size() || offset != out.sent) return false;
+        const std::string &block = blocks[out.next];
+        if (!sink.write(block.data(), block.size())) return false;
+        out.sent += block.size();
+        out.text.release_block(out.next++);
+        return true;
+    };
+    res.set_content_provider(length, kXmlContentType, std::move(write_next));
+}
+
 void answer_not_implemented(const httplib::Request &, httplib::Response &res) {
     t_outcome = "only POST is served";
     res.status = 501;
@@ -242,7 +274,7 @@ void configure(httplib::Server &server, const ServeOptions &options, const CimXm
         if (answer.http_status == 200) {
             res.set_header("CIMOperation", "MethodResponse");
             res.set_header("Cache-Control", "no-cache");
-            res.set_content(answer.body, kXmlContentType);
+            send_blocks(res, std::move(answer.body));
         }
     });
     server.Get(R"(.*)", answer_not_implemented);

@@ -68,18 +68,38 @@ const CMPIInstance *first_instance(const Call &call, std::size_t from) {
     return nullptr;
 }
 
+// Reading a CMPI object makes new broker objects (the path of an instance,
+// the names of its properties and keys, ...). Made in the call's request
+// they would stay until the whole answer is encoded, as many again as the
+// provider's own objects; so the deliveries are read in batches, each in a
+// scratch request of its own that takes those objects and drops them when
+// the batch is encoded. What visit keeps must not point into them.
+constexpr std::size_t kScratchBatch = 64;
+
+template <typename Visit>
+void for_each_delivery(const Call &call, std::size_t from, Kind kind, Visit visit) {
+    const auto &deliveries = call.request.deliveries();
+    std::size_t i = from;
+    while (i < deliveries.size()) {
+        const cmpihost::Request scratch;
+        for (std::size_t visited = 0; i < deliveries.size() && visited < kScratchBatch; ++i) {
+            if (deliveries[i].kind != kind) continue;
+            visit(deliveries[i]);
+            ++visited;
+        }
+    }
+}
+
 template <typename Visit>
 void for_each_instance(const Call &call, std::size_t from, Visit visit) {
-    const auto &deliveries = call.request.deliveries();
-    for (std::size_t i = from; i < deliveries.size(); ++i)
-        if (deliveries[i].kind == Kind::Instance) visit(deliveries[i].instance);
+    for_each_delivery(call, from, Kind::Instance,
+                      [&](const cmpihost::Delivery &delivery) { visit(delivery.instance); });
 }
 
 template <typename Visit>
 void for_each_path(const Call &call, std::size_t from, Visit visit) {
-    const auto &deliveries = call.request.deliveries();
-    for (std::size_t i = from; i < deliveries.size(); ++i)
-        if (deliveries[i].kind == Kind::ObjectPath) visit(deliveries[i].path);
+    for_each_delivery(call, from, Kind::ObjectPath,
+                      [&](const cmpihost::Delivery &delivery) { visit(delivery.path); });
 }
 
 struct Fetched {

@@ -469,6 +469,31 @@ TEST_F(CimXmlServerTest, EveryServedClassReadsAsZonecimReadsItInProcess) {
     EXPECT_NE(definition.find("<PARAMETER.REFERENCE NAME=\"ZoneSet\""), std::string::npos);
 }
 
+// Answers of a few hundred objects: many times what the server encodes in
+// one go and far beyond one block of its markup. Every object must arrive,
+// once, in order, whole.
+TEST_F(CimXmlServerTest, LongAnswersCarryEveryObjectInOrder) {
+    const Outcome generated =
+        zonecim({"fabric", "generate", "--vsans", "2", "--zonesets", "2", "--zones", "150",
+                 "--aliases", "20", "--members", "2", "--device-aliases", "150"});
+    ASSERT_EQ(generated.status, 0) << generated.err;
+    start_server();
+    for (const std::string cls : {"VORNA_ZoneMemberSettingData", "CIM_ManagedElement"}) {
+        SCOPED_TRACE(cls);
+        const auto names = ok_lines("ein", cls);
+        if (cls.rfind("VORNA_", 0) == 0) {
+            EXPECT_EQ(paths_without_host(names), in_process({"ein", "root/cimv2:" + cls}));
+        }
+        ASSERT_GT(names.size(), 300u);
+        const auto instances = ok_lines("ei", cls);
+        ASSERT_EQ(instances.size(), names.size());
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            EXPECT_EQ(path_part(instances[i]), names[i]);
+            EXPECT_NE(instances[i].find("ElementName="), std::string::npos) << instances[i];
+        }
+    }
+}
+
 TEST_F(CimXmlServerTest, AssociationsAgreeWithZonecimAndWithEachOther) {
     start_server();
     const std::string zone_set = "VORNA_ZoneSet.InstanceID=\"10^1^0\"";
