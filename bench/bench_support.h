@@ -31,9 +31,9 @@
 #include <string>
 #include <vector>
 
+#include "host/quiet_stdout.h"
 #include "sim/fabric.h"
 #include "sim/store.h"
-#include "host/quiet_stdout.h"
 
 namespace zonebench {
 

@@ -27,8 +27,8 @@ struct Node {
     Node(const Node &) = delete;
     Node &operator=(const Node &) = delete;
 
-    Arena *arena = nullptr;     // the arena that owns this node
-    Node *previous = nullptr;   // the node the arena adopted before this one
+    Arena *arena = nullptr;    // the arena that owns this node
+    Node *previous = nullptr;  // the node the arena adopted before this one
 };
 
 // Nodes alive in the process, in every arena.

@@ -147,5 +147,73 @@ TEST_F(PersistenceTest, AnotherProgramsDatabaseAndANewerSchemaAreRefused) {
     EXPECT_EQ(newer, fileBytes(ours));
 }
 
+int countSql(const std::string &path, const char *sql) {
+    sqlite3 *db = nullptr;
+    int n = -1;
+    if (sqlite3_open(path.c_str(), &db) == SQLITE_OK) {
+        sqlite3_stmt *stmt = nullptr;
+        if (sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr) == SQLITE_OK &&
+            sqlite3_step(stmt) == SQLITE_ROW)
+            n = sqlite3_column_int(stmt, 0);
+        sqlite3_finalize(stmt);
+    }
+    sqlite3_close(db);
+    return n;
+}
+
+// Files written before the listing index existed get it when opened, and
+// the listings read through it answer what they answered without it.
+TEST_F(PersistenceTest, AnOlderFileGetsTheListingIndexAndListsTheSame) {
+    {
+        zonesim::Store::Opened other = zonesim::Store::open(db_);
+        ASSERT_TRUE(other.store) << other.message;
+        zonesim::VsanInfo vsan;
+        vsan.number = 7;
+        vsan.name = "VSAN0007";
+        ASSERT_EQ(0, other.store->write([&] { return other.store->addVsan(vsan); }));
+    }
+    for (int vsan : {1, 7}) {
+        int set = create(vsan, ZP_OBJECT_ZONE_SET, "set_b");
+        create(vsan, ZP_OBJECT_ZONE_SET, "set_a");
+        int zone = create(vsan, ZP_OBJECT_ZONE, "zone_b");
+        create(vsan, ZP_OBJECT_ZONE_ALIAS, "alias_a");
+        create(vsan, ZP_OBJECT_ZONE, "zone_a");
+        ASSERT_EQ(0, addZone(vsan, set, zone));
+        ASSERT_EQ(0, activate(vsan, 0, set));
+    }
+    auto everything = [&] {
+        std::vector<std::vector<std::string>> listed;
+        for (int vsan : {1, 7}) {
+            for (bool active : {true, false}) {
+                listed.push_back(zoneSets(vsan, active, true));
+                listed.push_back(zones(vsan, active, true));
+                listed.push_back(aliases(vsan, active, true));
+            }
+        }
+        return listed;
+    };
+    mutex_lock();  // inside a request, listings for a second VSAN read the index
+    const std::vector<std::vector<std::string>> expected = everything();
+    mutex_unlock();
+    EXPECT_EQ(std::vector<std::string>({"set_b", "set_a"}), zoneSets(7, false));
+    EXPECT_EQ(std::vector<std::string>({"set_b"}), zoneSets(7, true));
+    EXPECT_EQ(std::vector<std::string>({"zone_b", "zone_a"}), zones(1, false));
+
+    const char *indexed =
+        "SELECT count(*) FROM sqlite_schema WHERE type = 'index' AND name = 'zobject_listing'";
+    std::string elsewhere = dir_ + "/elsewhere.db";
+    setenv("ZONE_SIM_DB", elsewhere.c_str(), 1);
+    EXPECT_EQ(0, vsan_cim_check_vsan_index(1));  // the platform lets go of the file
+    EXPECT_EQ(1, countSql(db_, indexed));
+    runSql(db_, "DROP INDEX zobject_listing");
+    ASSERT_EQ(0, countSql(db_, indexed));
+    setenv("ZONE_SIM_DB", db_.c_str(), 1);
+
+    mutex_lock();
+    EXPECT_EQ(expected, everything());
+    mutex_unlock();
+    EXPECT_EQ(1, countSql(db_, indexed));
+}
+
 }  // namespace
 }  // namespace simtest
