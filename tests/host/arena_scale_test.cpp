@@ -65,15 +65,4 @@ TEST(ArenaScale, ManyObjectsOfMixedSizesKeepTheirContentsUntilTheRequestEnds) {
     EXPECT_EQ(liveObjectCount(), before);
 }
 
-TEST(ArenaScale, RequestsMadeOneAfterAnotherStartFromNothing) {
-    const std::size_t before = liveObjectCount();
-    for (int round = 0; round < 3; ++round) {
-        Request request;
-        const std::size_t own = request.objectCount();
-        for (int i = 0; i < 5000; ++i) CMNewString(mb(), textOf(i).c_str(), nullptr);
-        EXPECT_EQ(request.objectCount(), own + 5000);
-    }
-    EXPECT_EQ(liveObjectCount(), before);
-}
-
 }  // namespace
