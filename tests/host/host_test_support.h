@@ -1,5 +1,5 @@
-// Shared by the host tests: where the test provider library is, and small
-// readers of CMPI data.
+// Shared by the host tests: the broker, where the test provider library is,
+// and small readers of CMPI data and statuses.
 #pragma once
 
 #include <cmpidt.h>
@@ -12,6 +12,10 @@
 
 namespace host_test {
 
+inline const CMPIBroker *mb() {
+    return cmpihost::broker();
+}
+
 // The build passes the test provider's path; a run outside the build tree
 // may name it in CMPIHOST_TEST_PROVIDER instead.
 inline std::string testProviderPath() {
@@ -23,8 +27,18 @@ inline std::string testProviderPath() {
 #endif
 }
 
+// A status no broker function leaves behind, so a call that forgets to
+// write its status shows.
 inline CMPIStatus noStatus() {
     return CMPIStatus{CMPI_RC_ERR_FAILED, nullptr};
+}
+
+// The rc a call leaves in the CMPIStatus it is handed.
+template <typename Call>
+CMPIrc rcOf(Call call) {
+    CMPIStatus rc = noStatus();
+    call(&rc);
+    return rc.rc;
 }
 
 inline std::string str(const CMPIData &data) {

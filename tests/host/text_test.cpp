@@ -1,5 +1,5 @@
-// Text forms: pathToString and instanceToString in wbemcli's form, and
-// parsePath reading them (and wbemcli's own forms) back.
+// Text forms: pathToString and instanceToString in wbemcli's form, parsePath
+// reading them (and wbemcli's own forms) back, and status descriptions.
 #include <gtest/gtest.h>
 
 #include <cmpimacs.h>
@@ -8,11 +8,10 @@
 
 namespace {
 
+using cmpihost::pathToString;
 using cmpihost::Request;
-
-const CMPIBroker *mb() {
-    return cmpihost::broker();
-}
+using host_test::mb;
+using host_test::str;
 
 CMPIObjectPath *parse(const std::string &text) {
     std::string error;
@@ -24,92 +23,91 @@ CMPIObjectPath *parse(const std::string &text) {
 TEST(PathText, WritesHostNamespaceClassAndQuotedKeys) {
     Request request;
     CMPIObjectPath *op = request.newObjectPath("root/cimv2", "VORNA_Zone");
-    EXPECT_EQ(cmpihost::pathToString(op), "root/cimv2:VORNA_Zone");
+    EXPECT_EQ(pathToString(op), "root/cimv2:VORNA_Zone");
     cmpihost::addStringKey(op, "InstanceID", "a\"b\\c,d");
     CMPISint64 minus = -7;
     CMPIBoolean no = 0;
     CMAddKey(op, "Num", &minus, CMPI_sint64);
     CMAddKey(op, "Flag", &no, CMPI_boolean);
-    EXPECT_EQ(cmpihost::pathToString(op),
+    EXPECT_EQ(pathToString(op),
               R"(root/cimv2:VORNA_Zone.InstanceID="a\"b\\c,d",Num=-7,Flag=false)");
     CMSetHostname(op, "switch1");
-    EXPECT_EQ(cmpihost::pathToString(op).substr(0, 30), "switch1/root/cimv2:VORNA_Zone.");
-    EXPECT_EQ(cmpihost::pathToString(request.newObjectPath("", "C")), "C");
-    EXPECT_EQ(cmpihost::pathToString(nullptr), "");
+    EXPECT_EQ(pathToString(op).substr(0, 30), "switch1/root/cimv2:VORNA_Zone.");
+    EXPECT_EQ(pathToString(request.newObjectPath("", "C")), "C");
+    EXPECT_EQ(pathToString(nullptr), "");
 
-    // A reference key is its target's text, quoted once more.
-    CMPIObjectPath *set = request.newObjectPath("root/cimv2", "VORNA_ZoneSet");
-    cmpihost::addStringKey(set, "InstanceID", "1^1^0");
-    CMPIObjectPath *link = request.newObjectPath("root/cimv2", "VORNA_ZoneMemberOfCollection");
-    cmpihost::addReferenceKey(link, "Collection", set);
-    EXPECT_EQ(
-        cmpihost::pathToString(link),
-        R"(root/cimv2:VORNA_ZoneMemberOfCollection.Collection="root/cimv2:VORNA_ZoneSet.InstanceID=\"1^1^0\"")");
-}
-
-TEST(PathText, ParsesWhatItWritesBackToTheSamePath) {
-    Request request;
-    const std::string texts[] = {
-        "root/cimv2:VORNA_Zone",
-        "Plain",
-        R"(root/cimv2:VORNA_Zone.InstanceID="1^2^0")",
-        R"(root/cimv2:VORNA_Zone.InstanceID="",Name="a,b=c.d:e")",
-        R"(ns:C.Id="quote \" and backslash \\ inside",N=-5,U=18446744073709551615,B=true)",
-        R"(root/cimv2:L.Left="root/cimv2:A.Id=\"x\"",Right="root/cimv2:B.Id=\"y\",N=2")",
-    };
-    for (const std::string &text : texts) {
-        CMPIObjectPath *op = parse(text);
-        EXPECT_EQ(cmpihost::pathToString(op), text);
-    }
-
-    // Two levels of references around a key with quotes and backslashes.
+    // A reference key is its target's text, quoted once more, at any depth;
+    // parsing it gives back references, down to the innermost string.
     CMPIObjectPath *inner = request.newObjectPath("ns", "In");
     cmpihost::addStringKey(inner, "K", R"(deep \ "q" \")");
     CMPIObjectPath *mid = request.newObjectPath("ns", "Mid");
     cmpihost::addReferenceKey(mid, "Inner", inner);
+    EXPECT_EQ(pathToString(mid), R"(ns:Mid.Inner="ns:In.K=\"deep \\\\ \\\"q\\\" \\\\\\\"\"")");
     CMPIObjectPath *outer = request.newObjectPath("ns", "Outer");
     cmpihost::addReferenceKey(outer, "Ref", mid);
-    const std::string nested = cmpihost::pathToString(outer);
+    const std::string nested = pathToString(outer);
     CMPIObjectPath *back = parse(nested);
-    EXPECT_EQ(cmpihost::pathToString(back), nested);
+    EXPECT_EQ(pathToString(back), nested);
     CMPIData midRef = CMGetKey(back, "Ref", nullptr);
     ASSERT_EQ(midRef.type, CMPI_ref);
     CMPIData innerRef = CMGetKey(midRef.value.ref, "Inner", nullptr);
     ASSERT_EQ(innerRef.type, CMPI_ref);
-    EXPECT_EQ(host_test::str(CMGetKey(innerRef.value.ref, "K", nullptr)), R"(deep \ "q" \")");
-
-    CMPIObjectPath *op = parse(R"(root/cimv2:L.Left="root/cimv2:A.Id=\"x\"",Count=3)");
-    CMPIData left = CMGetKey(op, "Left", nullptr);
-    ASSERT_EQ(left.type, CMPI_ref);
-    EXPECT_EQ(host_test::str(CMGetKey(left.value.ref, "Id", nullptr)), "x");
-    EXPECT_STREQ(CMGetCharPtr(CMGetNameSpace(left.value.ref, nullptr)), "root/cimv2");
-    EXPECT_EQ(CMGetKey(op, "Count", nullptr).type, CMPI_sint64);
+    EXPECT_EQ(str(CMGetKey(innerRef.value.ref, "K", nullptr)), R"(deep \ "q" \")");
 }
 
-TEST(PathText, ReadsWbemcliFormsAndTypesUnquotedValues) {
+TEST(PathText, ParsesWhatItWritesAndWbemclisFormsToTheSamePath) {
     Request request;
-    CMPIObjectPath *op = parse(R"(http://localhost:5988/root/cimv2:VORNA_Zone.InstanceID="1^2^0")");
-    EXPECT_EQ(cmpihost::pathToString(op), R"(root/cimv2:VORNA_Zone.InstanceID="1^2^0")");
-    op = parse(R"(127.0.0.1:5989/root/cimv2:Demo_Zone.Name="zoneA")");
-    EXPECT_EQ(cmpihost::pathToString(op), R"(root/cimv2:Demo_Zone.Name="zoneA")");
-    op = parse("//switch/interop:C");
-    EXPECT_EQ(cmpihost::pathToString(op), "interop:C");
+    struct Case {
+        const char *text;
+        const char *written;  // nullptr: the text itself
+    };
+    const Case cases[] = {
+        {"root/cimv2:VORNA_Zone", nullptr},
+        {"Plain", nullptr},
+        {R"(root/cimv2:VORNA_Zone.InstanceID="",Name="a,b=c.d:e")", nullptr},
+        {R"(ns:C.Id="quote \" and backslash \\ inside",N=-5,U=18446744073709551615,B=true)",
+         nullptr},
+        {R"(root/cimv2:L.Left="root/cimv2:A.Id=\"x\"",Right="root/cimv2:B.Id=\"y\",N=2")", nullptr},
+        // A host prefix in any of wbemcli's spellings is skipped.
+        {R"(http://localhost:5988/root/cimv2:VORNA_Zone.InstanceID="1^2^0")",
+         R"(root/cimv2:VORNA_Zone.InstanceID="1^2^0")"},
+        {R"(127.0.0.1:5989/root/cimv2:Demo_Zone.Name="zoneA")",
+         R"(root/cimv2:Demo_Zone.Name="zoneA")"},
+        {"//switch/interop:C", "interop:C"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.text);
+        EXPECT_EQ(pathToString(parse(c.text)), c.written != nullptr ? c.written : c.text);
+    }
+}
 
-    op = parse(R"(root/cimv2:Demo_Link.Left=root/cimv2:Demo_Zone.Name="a,b",Name=zoneA,)"
-               R"(N=-5,Big=18446744073709551615,F=FALSE,R=2.5,W=inf)");
-    CMPIData left = CMGetKey(op, "Left", nullptr);
-    ASSERT_EQ(left.type, CMPI_ref);
-    EXPECT_EQ(host_test::str(CMGetKey(left.value.ref, "Name", nullptr)), "a,b");
-    CMPIData name = CMGetKey(op, "Name", nullptr);
-    EXPECT_EQ(name.type, CMPI_string);
-    EXPECT_EQ(host_test::str(name), "zoneA");
-    EXPECT_EQ(CMGetKey(op, "N", nullptr).value.sint64, -5);
-    EXPECT_EQ(CMGetKey(op, "Big", nullptr).type, CMPI_uint64);
-    CMPIData flag = CMGetKey(op, "F", nullptr);
-    EXPECT_EQ(flag.type, CMPI_boolean);
-    EXPECT_EQ(flag.value.boolean, 0);
-    EXPECT_EQ(CMGetKey(op, "R", nullptr).value.real64, 2.5);
-    EXPECT_EQ(CMGetKey(op, "W", nullptr).type, CMPI_string);
+TEST(PathText, TypesKeysByHowTheirValuesAreWritten) {
+    Request request;
+    CMPIObjectPath *op =
+        parse(R"(root/cimv2:Demo_Link.Left=root/cimv2:Demo_Zone.Name="a,b",Name=zoneA,N=-5,)"
+              R"(Big=18446744073709551615,F=FALSE,R=2.5,W=inf,Q="ns:A.Id=\"x\"",S="ns:A.Id")");
+    struct Case {
+        const char *key;
+        CMPIType type;
+        const char *text;
+    };
+    const Case cases[] = {
+        {"Left", CMPI_ref, R"(root/cimv2:Demo_Zone.Name="a,b")"},
+        {"Name", CMPI_string, "zoneA"},
+        {"N", CMPI_sint64, "-5"},
+        {"Big", CMPI_uint64, "18446744073709551615"},
+        {"F", CMPI_boolean, "false"},
+        {"R", CMPI_real64, "2.5"},
+        {"W", CMPI_string, "inf"},
+        {"Q", CMPI_ref, R"(ns:A.Id="x")"},
+        {"S", CMPI_string, "ns:A.Id"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.key);
+        const CMPIData key = CMGetKey(op, c.key, nullptr);
+        EXPECT_EQ(key.type, c.type);
+        EXPECT_EQ(str(key), c.text);
+    }
 }
 
 TEST(PathText, NamesThePositionOfEverySyntaxError) {
@@ -137,9 +135,10 @@ TEST(PathText, NamesThePositionOfEverySyntaxError) {
         {R"(ns:C.R="ns:D.K=\"x")", "unterminated quoted value at position 15"},
     };
     for (const Case &c : cases) {
+        SCOPED_TRACE(c.text);
         std::string error;
-        EXPECT_FALSE(cmpihost::parsePath(c.text, &error).has_value()) << c.text;
-        EXPECT_EQ(error, c.error) << c.text;
+        EXPECT_FALSE(cmpihost::parsePath(c.text, &error).has_value());
+        EXPECT_EQ(error, c.error);
     }
     EXPECT_FALSE(cmpihost::parsePath("", nullptr).has_value());
 }
@@ -172,10 +171,9 @@ TEST(InstanceText, WritesPathThenPropertiesAsWbemcliDoes) {
     EXPECT_EQ(cmpihost::instanceToString(nullptr), "");
 }
 
-TEST(StatusText, DescribesCodeNameAndMessage) {
-    EXPECT_EQ(cmpihost::describe({CMPI_RC_OK, std::nullopt}), "rc 0 (CMPI_RC_OK)");
-    EXPECT_EQ(cmpihost::describe({CMPI_RC_ERR_NOT_FOUND, std::string("no zone")}),
-              "rc 6 (CMPI_RC_ERR_NOT_FOUND): no zone");
+// Known codes, with and without a message, are read through describe() by the
+// loader's tests; here what they can't reach.
+TEST(StatusText, DescribesUnknownCodesAndEmptyMessages) {
     EXPECT_EQ(cmpihost::describe({CMPIrc(42), std::string()}), "rc 42 (unknown rc): ");
     EXPECT_EQ(cmpihost::text(nullptr), "");
 }

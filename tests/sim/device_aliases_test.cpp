@@ -1,5 +1,6 @@
-// The device-alias database: walks, lookups by pWWN, and changes that a
-// commit applies.
+// The device-alias database: changes that a commit applies, their refusals
+// (reported by the change call, committing nothing), lookups by pWWN, walks
+// and the database's capacity.
 #include "sim_switch_support.h"
 
 namespace simtest {
@@ -19,26 +20,26 @@ class DeviceAliasTest : public SwitchTest {
                                                value, 0));
         return buffer;
     }
-    static DeviceAliasCommitContext context() {
+    static DeviceAliasCommitContext context(int operation = kCommitSession) {
         DeviceAliasCommitContext c;
         std::memset(&c, 0xAB, sizeof c);  // the provider leaves all but the first field as is
-        c.operation = kCommitSession;
+        c.operation = operation;
         return c;
     }
     // Create (or remove, with pwwn null) and commit; answers the change
     // call's code and the commit's.
-    std::pair<int, int> change(const char *name, const char *pwwn) {
+    std::pair<int, int> change(const std::string &name, const char *pwwn) {
         DeviceAliasCommitContext c = context();
         int rc;
         if (pwwn != nullptr) {
             std::vector<unsigned char> packed = tlv(pwwn);
-            rc = ddas_create_device_alias_entry(q_, name, packed.data(), &c, 0, 0);
+            rc = ddas_create_device_alias_entry(q_, name.c_str(), packed.data(), &c, 0, 0);
         } else {
-            rc = ddas_remove_device_alias_entry(q_, name, &c, 0);
+            rc = ddas_remove_device_alias_entry(q_, name.c_str(), &c, 0);
         }
         return {rc, ddas_commit(q_, &c, 0)};
     }
-    // Name and pWWN bytes of every alias, in walk order.
+    // "name=pWWN" of every alias, in walk order.
     std::vector<std::string> walk() {
         void *first = nullptr;
         ddas_iterator *iterator = nullptr;
@@ -55,12 +56,15 @@ class DeviceAliasTest : public SwitchTest {
         EXPECT_EQ(count, static_cast<int>(out.size()));
         return out;
     }
-    static uint64_t pwwnValue(const char *text) {
+    // The alias of a pWWN, or the lookup's code.
+    std::string aliasOf(const char *pwwn) {
         unsigned char bytes[8];
-        EXPECT_EQ(0, wwn_cim_get_hex_from_str_wwn(text, bytes));
+        EXPECT_EQ(0, wwn_cim_get_hex_from_str_wwn(pwwn, bytes));
         uint64_t value;
         std::memcpy(&value, bytes, 8);
-        return value;
+        char name[ZP_DEVICE_ALIAS_NAME_LEN] = {};
+        int rc = ddas_get_device_alias_given_pwwn(q_, value, name);
+        return rc == 0 ? name : "rc " + std::to_string(rc) + " " + name;
     }
 };
 
@@ -77,38 +81,31 @@ TEST_F(DeviceAliasTest, ChangesApplyOnlyAtCommit) {
     EXPECT_EQ((std::vector<std::string>{"host_a=31:00:00:00:00:4c:a1:b2",
                                         "host_b=31:00:00:00:00:4c:a1:b3"}),
               walk());
-
-    char name[ZP_DEVICE_ALIAS_NAME_LEN] = {};
-    EXPECT_EQ(0, ddas_get_device_alias_given_pwwn(q_, pwwnValue("31:00:00:00:00:4c:a1:b3"), name));
-    EXPECT_STREQ("host_b", name);
-    std::memset(name, 0, sizeof name);
-    EXPECT_EQ(kNotFound,
-              ddas_get_device_alias_given_pwwn(q_, pwwnValue("31:00:00:00:00:4c:a1:b9"), name));
-    EXPECT_STREQ("", name);
+    EXPECT_EQ("host_b", aliasOf("31:00:00:00:00:4c:a1:b3"));
+    EXPECT_EQ("rc 100 ", aliasOf("31:00:00:00:00:4c:a1:b9"));  // not found, no name written
 
     EXPECT_EQ(std::make_pair(0, 0), change("host_a", nullptr));
     EXPECT_EQ(std::vector<std::string>{"host_b=31:00:00:00:00:4c:a1:b3"}, walk());
 }
 
-TEST_F(DeviceAliasTest, RefusalsAreReportedByTheChangeCall) {
+TEST_F(DeviceAliasTest, RefusalsAreReportedByTheChangeCallAndCommitNothing) {
     ASSERT_EQ(std::make_pair(0, 0), change("host_a", "31:00:00:00:00:4c:a1:b2"));
-    // One alias per pWWN and one pWWN per alias; a refused change commits nothing.
-    EXPECT_EQ(std::make_pair(kAlreadyPresent, kNothingPending),
-              change("host_a", "31:00:00:00:00:4c:a1:b3"));
-    EXPECT_EQ(std::make_pair(kAlreadyPresent, kNothingPending),
-              change("other", "31:00:00:00:00:4c:a1:b2"));
-    EXPECT_EQ(kInvalidName, change("", "31:00:00:00:00:4c:a1:b4").first);
-    EXPECT_EQ(kInvalidName, change("has blank", "31:00:00:00:00:4c:a1:b4").first);
-    EXPECT_EQ(kInvalidName, change(std::string(65, 'n').c_str(), "31:00:00:00:00:4c:a1:b4").first);
-    EXPECT_EQ(0, change(std::string(64, 'n').c_str(), "31:00:00:00:00:4c:a1:b4").first);
+    // One alias per pWWN and one pWWN per alias; names of 1 to 64 characters.
+    const std::pair refused_with(kAlreadyPresent, kNothingPending);
+    EXPECT_EQ(refused_with, change("host_a", "31:00:00:00:00:4c:a1:b3"));
+    EXPECT_EQ(refused_with, change("other", "31:00:00:00:00:4c:a1:b2"));
+    for (const std::string &name : {std::string(), std::string("has blank"), std::string(65, 'n')})
+        EXPECT_EQ(std::make_pair(kInvalidName, kNothingPending),
+                  change(name, "31:00:00:00:00:4c:a1:b4"))
+            << name;
+    EXPECT_EQ(std::make_pair(0, 0), change(std::string(64, 'n'), "31:00:00:00:00:4c:a1:b4"));
     EXPECT_EQ(std::make_pair(kNotFound, kNothingPending), change("nobody", nullptr));
 
-    DeviceAliasCommitContext c = context();
-    c.operation = 5;
+    DeviceAliasCommitContext c = context(5);  // not a commit session
     std::vector<unsigned char> packed = tlv("31:00:00:00:00:4c:a1:b5");
     EXPECT_EQ(kInvalidArgument, ddas_create_device_alias_entry(q_, "x", packed.data(), &c, 0, 0));
     std::vector<unsigned char> no_pwwn(packed.size(), 0);
-    c.operation = kCommitSession;
+    c = context();
     EXPECT_EQ(kInvalidArgument, ddas_create_device_alias_entry(q_, "x", no_pwwn.data(), &c, 0, 0));
     EXPECT_EQ(kNothingPending, ddas_commit(q_, &c, 0));
     EXPECT_EQ(kInvalidArgument, ddas_commit(q_, nullptr, 0));
@@ -123,8 +120,8 @@ TEST_F(DeviceAliasTest, ANewWalkReplacesTheThreadsPreviousOne) {
     ASSERT_EQ(0, change("two", "21:00:00:00:00:00:00:02").first);
     ASSERT_EQ(0, ddas_api_get_all_device_alias_entries(q_, &first, &new_walk));
     int count = 0;
-    EXPECT_EQ(kInvalidArgument, ddas_api_iter_get_num_entries(old_walk, &count));
     DeviceAliasEntry entry;
+    EXPECT_EQ(kInvalidArgument, ddas_api_iter_get_num_entries(old_walk, &count));
     EXPECT_EQ(kInvalidArgument, ddas_api_iter_get_next_device_alias_entry(old_walk, &entry));
     EXPECT_EQ(kInvalidArgument, ddas_api_iter_get_num_entries(nullptr, &count));
     ASSERT_EQ(0, ddas_api_iter_get_num_entries(new_walk, &count));

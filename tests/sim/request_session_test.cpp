@@ -1,7 +1,8 @@
 // Requests: what runs between mutex_lock() and mutex_unlock() reads one
-// snapshot of the switch in one transaction, sees its own changes, keeps
-// other threads out of the database until it ends, and reads the switch's
-// name once.
+// snapshot of the switch in one transaction (the switch's name included),
+// answers as the same calls do outside a request, sees its own changes,
+// keeps other threads out of the database until it ends, and follows
+// ZONE_SIM_DB.
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -11,68 +12,14 @@
 namespace simtest {
 namespace {
 
-class RequestTest : public SwitchTest {
-  protected:
-    // Another process's connection to the same database file.
-    void renameFromOutside(const std::string &name) {
-        zonesim::Store::Opened other = zonesim::Store::open(db_);
-        ASSERT_TRUE(other.store) << other.message;
-        ASSERT_EQ(0, other.store->write([&] { return other.store->setSwitchName(name); }));
-    }
-    void addVsanFromOutside(int number) {
-        zonesim::Store::Opened other = zonesim::Store::open(db_);
-        ASSERT_TRUE(other.store) << other.message;
-        zonesim::VsanInfo vsan;
-        vsan.number = number;
-        vsan.name = "VSAN" + std::to_string(number);
-        ASSERT_EQ(0, other.store->write([&] { return other.store->addVsan(vsan); }));
-    }
-    // The VSANs in the order the provider walks them.
-    std::vector<int> walk() {
-        std::vector<int> numbers;
-        VsanEntry cursor{};
-        while (vsan_cim_get_vsanEntry(q_, ZP_VSAN_NEXT, &cursor) == 0)
-            numbers.push_back(cursor.vsan);
-        return numbers;
-    }
-    void createFromOutside(const std::string &zone) {
-        zonesim::Store::Opened other = zonesim::Store::open(db_);
-        ASSERT_TRUE(other.store) << other.message;
-        ASSERT_EQ(0, other.store->write([&] {
-            return other.store->createObject(1, zonesim::ObjectKind::Zone, zone, nullptr);
-        }));
-    }
-};
-
-TEST_F(RequestTest, ARequestReadsOneSnapshotAndTheNextOneSeesLaterChanges) {
-    create(1, ZP_OBJECT_ZONE, "before");
-
-    mutex_lock();
-    EXPECT_EQ(std::vector<std::string>({"before"}), zones(1, false));
-    const std::string name_in_request = getCSName();
-    createFromOutside("outside");
-    renameFromOutside("renamed-switch");
-    // Still the snapshot of the request's first read, name included.
-    EXPECT_EQ(std::vector<std::string>({"before"}), zones(1, false));
-    EXPECT_EQ(name_in_request, getCSName());
-    mutex_unlock();
-
-    mutex_lock();
-    EXPECT_EQ(std::vector<std::string>({"before", "outside"}), zones(1, false));
-    EXPECT_STREQ("renamed-switch", getCSName());
-    mutex_unlock();
-
-    // Outside a request every call reads the latest state.
-    renameFromOutside("renamed-again");
-    EXPECT_STREQ("renamed-again", getCSName());
-}
+using Strings = std::vector<std::string>;
 
 // Inside a request a walk over the VSANs reads the VSAN table, and the
 // listings of a kind listed for more than one VSAN, once: what they answer
 // must be what the same calls answer outside a request, stay the request's
 // snapshot while another process writes, and follow the request's own
 // writes.
-TEST_F(RequestTest, WalksInsideARequestAnswerAsSingleCallsAndFollowWrites) {
+TEST_F(SwitchTest, ARequestReadsOneSnapshotFollowsItsOwnWritesAndLeavesNothingOpen) {
     addVsanFromOutside(2);
     addVsanFromOutside(3);
     const int set = create(2, ZP_OBJECT_ZONE_SET, "set_a");
@@ -89,8 +36,8 @@ TEST_F(RequestTest, WalksInsideARequestAnswerAsSingleCallsAndFollowWrites) {
 
     // Every database of every VSAN, as listed one call at a time.
     auto everything = [&] {
-        std::vector<std::vector<std::string>> listed;
-        for (const int vsan : walk()) {
+        std::vector<Strings> listed;
+        for (const int vsan : walkVsans()) {
             for (const bool active : {true, false}) {
                 listed.push_back(zoneSets(vsan, active, true));
                 listed.push_back(zones(vsan, active, true));
@@ -101,16 +48,19 @@ TEST_F(RequestTest, WalksInsideARequestAnswerAsSingleCallsAndFollowWrites) {
         }
         return listed;
     };
-    const std::vector<std::vector<std::string>> outside = everything();
-    EXPECT_EQ(std::vector<int>({1, 2, 3}), walk());
-    EXPECT_EQ(std::vector<std::string>({"zone_a", "zone_b", "zone_c"}), zones(2, false));
-    EXPECT_EQ(std::vector<std::string>({"zone_b", "zone_a"}), zones(2, true));
+    const std::vector<Strings> outside = everything();
+    EXPECT_EQ(std::vector<int>({1, 2, 3}), walkVsans());
+    EXPECT_EQ(Strings({"zone_a", "zone_b", "zone_c"}), zones(2, false));
+    EXPECT_EQ(Strings({"zone_b", "zone_a"}), zones(2, true));
 
     mutex_lock();
     EXPECT_EQ(outside, everything());
+    const std::string name_in_request = getCSName();
     addVsanFromOutside(4);
     createFromOutside("zone_from_outside");
-    EXPECT_EQ(outside, everything());  // still the request's snapshot
+    writeFromOutside([](zonesim::Store &store) { return store.setSwitchName("renamed"); });
+    EXPECT_EQ(outside, everything());  // still the request's snapshot, name included
+    EXPECT_EQ(name_in_request, getCSName());
     VsanEntry entry{};
     entry.vsan = 4;
     EXPECT_EQ(kVsanNotConfigured, vsan_cim_get_vsanEntry(q_, ZP_VSAN_GIVEN, &entry));
@@ -118,37 +68,32 @@ TEST_F(RequestTest, WalksInsideARequestAnswerAsSingleCallsAndFollowWrites) {
     ZoneRecord *records = nullptr;
     EXPECT_EQ(kVsanNotConfigured, zs_cim_get_all_non_active_zones(q_, 4, &count, &records));
 
-    // The request's own write: its reads from now on see it and whatever
-    // was committed before it.
-    create(3, ZP_OBJECT_ZONE, "zone_made_in_request");
-    EXPECT_EQ(std::vector<int>({1, 2, 3, 4}), walk());
-    EXPECT_EQ(std::vector<std::string>({"zone_in_1", "zone_from_outside"}), zones(1, false));
-    EXPECT_EQ(std::vector<std::string>({"zone_in_3", "zone_made_in_request"}), zones(3, false));
+    // The request's own writes: its reads from now on see them and whatever
+    // was committed before them; a refused write doesn't end its reads.
+    const int made = create(3, ZP_OBJECT_ZONE, "zone_made_in_request");
+    EXPECT_EQ(0, member(3, ZP_OBJECT_ZONE, made, 2, "2100000000000001"));
+    EXPECT_EQ(1u, zoneMembers(id(3, made)).size());
+    EXPECT_EQ(kAlreadyPresent, createError(3, ZP_OBJECT_ZONE, "zone_made_in_request"));
+    EXPECT_EQ(std::vector<int>({1, 2, 3, 4}), walkVsans());
+    EXPECT_EQ(Strings({"zone_in_1", "zone_from_outside"}), zones(1, false));
+    EXPECT_EQ(Strings({"zone_in_3", "zone_made_in_request"}), zones(3, false));
     EXPECT_TRUE(zones(4, false).empty());
-    mutex_unlock();
-
-    EXPECT_EQ(std::vector<int>({1, 2, 3, 4}), walk());
-    EXPECT_EQ(std::vector<std::string>({"zone_in_3", "zone_made_in_request"}), zones(3, false));
-}
-
-TEST_F(RequestTest, ARequestSeesItsOwnChangesAndLeavesNothingOpen) {
-    mutex_lock();
-    EXPECT_TRUE(zones(1, false).empty());
-    const int zone = create(1, ZP_OBJECT_ZONE, "made_in_request");
-    EXPECT_EQ(std::vector<std::string>({"made_in_request"}), zones(1, false));
-    EXPECT_EQ(0, member(1, ZP_OBJECT_ZONE, zone, 2, "2100000000000001"));
-    EXPECT_EQ(1u, zoneMembers(id(1, zone)).size());
-    // A failed write in the middle does not end the request's reads.
-    EXPECT_EQ(kAlreadyPresent, createError(1, ZP_OBJECT_ZONE, "made_in_request"));
-    EXPECT_EQ(1u, zones(1, false).size());
     mutex_unlock();
 
     // Committed, and the database is free for another connection's writes.
     createFromOutside("after_request");
-    EXPECT_EQ(std::vector<std::string>({"made_in_request", "after_request"}), zones(1, false));
+    EXPECT_EQ(Strings({"zone_in_1", "zone_from_outside", "after_request"}), zones(1, false));
+    EXPECT_EQ(Strings({"zone_in_3", "zone_made_in_request"}), zones(3, false));
+    // The next request reads the new name; outside a request every call
+    // reads the latest state.
+    mutex_lock();
+    EXPECT_STREQ("renamed", getCSName());
+    mutex_unlock();
+    writeFromOutside([](zonesim::Store &store) { return store.setSwitchName("renamed-again"); });
+    EXPECT_STREQ("renamed-again", getCSName());
 }
 
-TEST_F(RequestTest, OtherThreadsWaitForTheRequestAndThenSucceed) {
+TEST_F(SwitchTest, OtherThreadsWaitForTheRequestAndThenSucceed) {
     std::atomic<bool> request_over{false};
     std::atomic<bool> other_started{false};
     int other_rc = -1;
@@ -178,10 +123,10 @@ TEST_F(RequestTest, OtherThreadsWaitForTheRequestAndThenSucceed) {
 
     EXPECT_EQ(0, other_rc);
     EXPECT_TRUE(other_saw_request_over);
-    EXPECT_EQ(std::vector<std::string>({"other"}), zoneSets(1, false));
+    EXPECT_EQ(Strings({"other"}), zoneSets(1, false));
 }
 
-TEST_F(RequestTest, ARequestFollowsTheDatabaseWhenZoneSimDbChanges) {
+TEST_F(SwitchTest, ARequestFollowsTheDatabaseWhenZoneSimDbChanges) {
     create(1, ZP_OBJECT_ZONE, "first_db_zone");
     const std::string second = dir_ + "/second.db";
 
@@ -192,9 +137,9 @@ TEST_F(RequestTest, ARequestFollowsTheDatabaseWhenZoneSimDbChanges) {
     create(1, ZP_OBJECT_ZONE, "second_db_zone");
     mutex_unlock();
 
-    EXPECT_EQ(std::vector<std::string>({"second_db_zone"}), zones(1, false));
+    EXPECT_EQ(Strings({"second_db_zone"}), zones(1, false));
     setenv("ZONE_SIM_DB", db_.c_str(), 1);
-    EXPECT_EQ(std::vector<std::string>({"first_db_zone"}), zones(1, false));
+    EXPECT_EQ(Strings({"first_db_zone"}), zones(1, false));
 }
 
 }  // namespace
