@@ -6,6 +6,7 @@ namespace zonetest {
 namespace {
 
 constexpr int kVsan = 10;
+const std::string kDeviceAliasService = "root/cimv2:VORNA_DeviceAliasService";
 
 class DeleteAndDeviceAliasTest : public ZonecimSession {
   protected:
@@ -27,89 +28,83 @@ class DeleteAndDeviceAliasTest : public ZonecimSession {
         return cls + ".missing";
     }
 
-    void add_member(const std::string &service, const std::string &parent,
-                    const std::string &member) {
-        change(service, "AddZoneMembershipSettingData.SystemSpecificCollection=" + parent +
-                            ",ZoneMembershipSettingData=" + member);
+    std::string member(const std::string &wwn, int active = 0) {
+        return kMember + ".InstanceID=\"10^10^" + wwn + "^" + std::to_string(active) + "\"";
     }
-
-    // deleteInstance refused with the given reason; the database as before.
-    void refused_delete(const std::string &path, const std::string &reason) {
-        const std::string before = database();
-        const ZonecimRun run = zonecim({"di", path});
-        EXPECT_NE(run.status, 0) << path;
-        EXPECT_EQ(run.out, "") << path;
-        EXPECT_NE(run.err.find(reason), std::string::npos) << path << "\n" << run.err;
-        EXPECT_EQ(database(), before) << path;
+    std::string zone(const std::string &name, bool active = false) {
+        return named(kZone, kVsan, name, active);
+    }
+    std::string alias(const std::string &name, bool active = false) {
+        return named(kZoneAlias, kVsan, name, active);
     }
 };
 
 TEST_F(DeleteAndDeviceAliasTest, DeletedZoneLeavesEveryListingAndLink) {
     const std::string zone_set = named(kZoneSet, kVsan, "prod_a_cfg", false);
-    const std::string zone = named(kZone, kVsan, "z_db01_array1", false);
-    const std::string other_zone = named(kZone, kVsan, "z_web01_array1", false);
-    const std::string alias_a = named(kZoneAlias, kVsan, "array1_ctl_a", false);
-    const std::string alias_b = named(kZoneAlias, kVsan, "array1_ctl_b", false);
-    const std::vector<std::string> own_members = neighbours(zone, kMember);
+    const std::string db_zone = zone("z_db01_array1");
+    const std::string web_zone = zone("z_web01_array1");
+    const std::string alias_a = alias("array1_ctl_a");
+    const std::vector<std::string> own_members = neighbours(db_zone, kMember);
     ASSERT_EQ(own_members.size(), 2u);  // the zone's two pWWNs, held by no other parent
 
     // Before: the zone is in its zone set, holds two aliases and two members,
     // and is hosted by its VSAN.
-    EXPECT_EQ(mentioning(links_naming(zone), kMemberOf).size(), 3u);
-    EXPECT_EQ(mentioning(links_naming(zone), kSettingLink).size(), 2u);
-    EXPECT_EQ(mentioning(links_naming(zone), kHostedLink).size(), 1u);
+    const std::vector<std::string> links = links_naming(db_zone);
+    EXPECT_EQ(mentioning(links, kMemberOf).size(), 3u);
+    EXPECT_EQ(mentioning(links, kSettingLink).size(), 2u);
+    EXPECT_EQ(mentioning(links, kHostedLink).size(), 1u);
 
-    remove(zone);
+    remove(db_zone);
 
-    EXPECT_FALSE(listed(names(kZone), zone));
-    EXPECT_EQ(links_naming(zone), std::vector<std::string>{});
-    EXPECT_EQ(mentioning(instances(kZone), zone), std::vector<std::string>{});
-    const ZonecimRun gone = zonecim({"gi", zone});
+    EXPECT_FALSE(listed(names(kZone), db_zone));
+    EXPECT_EQ(links_naming(db_zone), std::vector<std::string>{});
+    EXPECT_EQ(mentioning(instances(kZone), db_zone), std::vector<std::string>{});
+    const Outcome gone = zonecim({"gi", db_zone});
     EXPECT_EQ(gone.status, 1);
     EXPECT_NE(gone.err.find("CIM_ERR_NOT_FOUND"), std::string::npos) << gone.err;
-    EXPECT_FALSE(listed(neighbours(zone_set, kZone), zone));
-    for (const std::string &member : own_members) EXPECT_FALSE(listed(names(kMember), member));
+    for (const std::string &m : own_members) EXPECT_FALSE(listed(names(kMember), m));
 
     // What the zone held or was held by stays; so does its active copy.
-    EXPECT_TRUE(listed(neighbours(zone_set, kZone), other_zone));
-    EXPECT_TRUE(listed(names(kZoneAlias), alias_a));
-    EXPECT_TRUE(listed(names(kZoneAlias), alias_b));
-    EXPECT_EQ(neighbours(other_zone, kZoneAlias), std::vector<std::string>{alias_a});
-    EXPECT_TRUE(listed(names(kZone), active_copy(zone)));
-    EXPECT_EQ(neighbours(active_copy(zone), kMember).size(), 2u);
+    EXPECT_FALSE(listed(neighbours(zone_set, kZone), db_zone));
+    EXPECT_TRUE(listed(neighbours(zone_set, kZone), web_zone));
+    for (const std::string &a : {alias_a, alias("array1_ctl_b")})
+        EXPECT_TRUE(listed(names(kZoneAlias), a)) << a;
+    EXPECT_EQ(neighbours(web_zone, kZoneAlias), std::vector<std::string>{alias_a});
+    EXPECT_TRUE(listed(names(kZone), active_copy(db_zone)));
+    EXPECT_EQ(neighbours(active_copy(db_zone), kMember).size(), 2u);
 }
 
 TEST_F(DeleteAndDeviceAliasTest, DeletingLinksRemovesOneMembershipOnly) {
     const std::string service = zone_service(kVsan);
     const std::string zone_set = named(kZoneSet, kVsan, "prod_a_cfg", false);
-    const std::string db_zone = named(kZone, kVsan, "z_db01_array1", false);
-    const std::string web_zone = named(kZone, kVsan, "z_web01_array1", false);
-    const std::string alias_a = named(kZoneAlias, kVsan, "array1_ctl_a", false);
-    const std::string alias_b = named(kZoneAlias, kVsan, "array1_ctl_b", false);
-    const std::string member = kMember + ".InstanceID=\"10^10^31:00:00:00:00:4c:a1:b2^0\"";
-    const std::string sibling = kMember + ".InstanceID=\"10^10^31:00:00:00:00:4c:a1:b3^0\"";
+    const std::string db_zone = zone("z_db01_array1");
+    const std::string web_zone = zone("z_web01_array1");
+    const std::string alias_a = alias("array1_ctl_a");
+    const std::string alias_b = alias("array1_ctl_b");
+    const std::string held = member("31:00:00:00:00:4c:a1:b2");
+    const std::string sibling = member("31:00:00:00:00:4c:a1:b3");
 
     // The member joins a second zone and an alias: three parents.
-    add_member(service, web_zone, member);
-    add_member(service, alias_b, member);
-    EXPECT_EQ(mentioning(names(kSettingLink), member).size(), 3u);
+    for (const std::string &parent : {web_zone, alias_b})
+        change(service, "AddZoneMembershipSettingData.SystemSpecificCollection=" + parent +
+                            ",ZoneMembershipSettingData=" + held);
+    EXPECT_EQ(mentioning(names(kSettingLink), held).size(), 3u);
 
     // An element-setting-data link goes; the member stays in its other parents.
-    remove(link_between(kSettingLink, web_zone, member));
-    EXPECT_FALSE(listed(neighbours(web_zone, kMember), member));
-    EXPECT_TRUE(listed(neighbours(db_zone, kMember), member));
-    EXPECT_TRUE(listed(neighbours(alias_b, kMember), member));
-    EXPECT_TRUE(listed(names(kMember), member));
-    EXPECT_EQ(mentioning(names(kSettingLink), member).size(), 2u);
+    remove(link_between(kSettingLink, web_zone, held));
+    EXPECT_FALSE(listed(neighbours(web_zone, kMember), held));
+    EXPECT_TRUE(listed(neighbours(db_zone, kMember), held));
+    EXPECT_TRUE(listed(neighbours(alias_b, kMember), held));
+    EXPECT_EQ(mentioning(names(kSettingLink), held).size(), 2u);
 
     // The member itself goes from every zone and alias at once; its
     // neighbours and its active copy stay.
-    remove(member);
-    EXPECT_FALSE(listed(names(kMember), member));
-    EXPECT_EQ(mentioning(names(kSettingLink), member), std::vector<std::string>{});
+    remove(held);
+    EXPECT_FALSE(listed(names(kMember), held));
+    EXPECT_EQ(mentioning(names(kSettingLink), held), std::vector<std::string>{});
     EXPECT_EQ(neighbours(db_zone, kMember), std::vector<std::string>{sibling});
     EXPECT_EQ(neighbours(alias_b, kMember).size(), 1u);
-    EXPECT_TRUE(listed(names(kMember), active_copy(member)));
+    EXPECT_TRUE(listed(names(kMember), active_copy(held)));
 
     // A (zone set, zone) link goes; the zone stays, outside the set.
     remove(link_between(kMemberOf, zone_set, web_zone));
@@ -128,64 +123,55 @@ TEST_F(DeleteAndDeviceAliasTest, DeletingLinksRemovesOneMembershipOnly) {
 
 TEST_F(DeleteAndDeviceAliasTest, RefusedDeletionsChangeNothing) {
     const std::string active_set = named(kZoneSet, kVsan, "prod_a_cfg", true);
-    const std::string active_zone = named(kZone, kVsan, "z_db01_array1", true);
-    const std::string active_alias = named(kZoneAlias, kVsan, "array1_ctl_a", true);
-    const std::string active_member = kMember + ".InstanceID=\"10^10^31:00:00:00:00:4c:a1:b2^1\"";
+    const std::string active_zone = zone("z_db01_array1", true);
+    const std::string backup_zone = zone("z_backup01_tape1");
+    const std::string editable_member = member("31:00:00:00:00:4c:a1:b2");
     const std::string not_modifiable =
         "Cim: (4) CIM_ERR_INVALID_PARAMETER: cannot modify active zoning object!";
-
-    refused_delete(active_zone, not_modifiable);
-    refused_delete(active_set, not_modifiable);
-    refused_delete(active_alias, not_modifiable);
-    refused_delete(link_between(kMemberOf, active_set, active_zone),
-                   "Invalid parent objectpath of CIM_MemberOfCollection!");
-    refused_delete(link_between(kSettingLink, active_zone, active_member),
-                   "Invalid parent objectpath of CIM_MemberOfCollection!");
-    refused_delete(active_member, "Cim: (1) CIM_ERR_FAILED: Unknown Error");
-    // Objects and links the switch doesn't have: its own answer.
-    const std::string zone_set = named(kZoneSet, kVsan, "prod_a_cfg", false);
-    const std::string backup_zone = named(kZone, kVsan, "z_backup01_tape1", false);
-    const std::string alias = named(kZoneAlias, kVsan, "array1_ctl_a", false);
-    const std::string editable_member = kMember + ".InstanceID=\"10^10^31:00:00:00:00:4c:a1:b2^0\"";
-    refused_delete(kZone + ".InstanceID=\"10^999^0\"", "Object not found");
-    refused_delete(
-        kMemberOf + ".Collection=" + zone_set + ",Member=" + kZone + ".InstanceID=\"10^999^0\"",
-        "Object not found");
-    refused_delete(kMemberOf + ".Collection=" + backup_zone + ",Member=" + alias,
-                   "Object not found");
-    refused_delete(
-        kSettingLink + ".ManagedElement=" + backup_zone + ",SettingData=" + editable_member,
-        "Object not found");
-    // A link whose member is named before its parent is no link.
-    refused_delete(kSettingLink + ".SettingData=" + editable_member +
-                       ",ManagedElement=" + named(kZone, kVsan, "z_db01_array1", false),
-                   "Invalid objectpath of CIM_ElementSettingData!");
-
-    EXPECT_TRUE(listed(names(kZone), active_zone));
+    const std::string bad_parent = "Invalid parent objectpath of CIM_MemberOfCollection!";
+    const std::vector<std::pair<std::string, std::string>> refusals = {
+        {active_zone, not_modifiable},
+        {alias("array1_ctl_a", true), not_modifiable},
+        {link_between(kMemberOf, active_set, active_zone), bad_parent},
+        {link_between(kSettingLink, active_zone, member("31:00:00:00:00:4c:a1:b2", 1)), bad_parent},
+        {member("31:00:00:00:00:4c:a1:b2", 1), "Cim: (1) CIM_ERR_FAILED: Unknown Error"},
+        // Objects and links the switch doesn't have: its own answer.
+        {kZone + ".InstanceID=\"10^999^0\"", "Object not found"},
+        {kMemberOf + ".Collection=" + backup_zone + ",Member=" + alias("array1_ctl_a"),
+         "Object not found"},
+        {kSettingLink + ".ManagedElement=" + backup_zone + ",SettingData=" + editable_member,
+         "Object not found"},
+        // A link whose member is named before its parent is no link.
+        {kSettingLink + ".SettingData=" + editable_member +
+             ",ManagedElement=" + zone("z_db01_array1"),
+         "Invalid objectpath of CIM_ElementSettingData!"},
+    };
+    for (const auto &[path, reason] : refusals) {
+        SCOPED_TRACE(path);
+        refused({"di", path}, reason);
+    }
     EXPECT_TRUE(listed(neighbours(active_set, kZone), active_zone));
 }
 
 TEST_F(DeleteAndDeviceAliasTest, DeviceAliasIsCreatedFoundAndRemoved) {
-    const std::string service = "root/cimv2:VORNA_DeviceAliasService";
     const std::string alias = kDeviceAlias + ".InstanceID=\"21:00:00:24:ff:4c:a1:01\"";
     const std::vector<std::string> before = names(kDeviceAlias);
     ASSERT_FALSE(before.empty());
     ASSERT_FALSE(listed(before, alias));
 
-    change(service,
+    change(kDeviceAliasService,
            "CreateDeviceAlias.DeviceAliasName=\"flow_host0\",PWWN=\"21:00:00:24:FF:4C:A1:01\"");
 
     const std::vector<std::string> after = names(kDeviceAlias);
     EXPECT_EQ(after.size(), before.size() + 1);
     EXPECT_TRUE(listed(after, alias));
-    const std::vector<std::string> described = mentioning(instances(kDeviceAlias), alias + " ");
-    ASSERT_EQ(described.size(), 1u);
-    EXPECT_NE(described[0].find("ElementName=\"flow_host0\""), std::string::npos) << described[0];
-    EXPECT_NE(described[0].find("PWWN=\"21:00:00:24:ff:4c:a1:01\""), std::string::npos)
-        << described[0];
+    EXPECT_EQ(
+        mentioning(instances(kDeviceAlias), alias + " "),
+        std::vector<std::string>{alias + " InstanceID=\"21:00:00:24:ff:4c:a1:01\",ElementName="
+                                         "\"flow_host0\",PWWN=\"21:00:00:24:ff:4c:a1:01\""});
     // getInstance by the pWWN, however the pWWN is spelt.
     for (const char *pwwn : {"21:00:00:24:ff:4c:a1:01", "21000024FF4CA101"}) {
-        const ZonecimRun one = zonecim({"gi", kDeviceAlias + ".InstanceID=\"" + pwwn + "\""});
+        const Outcome one = zonecim({"gi", kDeviceAlias + ".InstanceID=\"" + pwwn + "\""});
         EXPECT_EQ(one.status, 0) << one.err;
         EXPECT_NE(one.out.find("ElementName=\"flow_host0\""), std::string::npos) << one.out;
     }
@@ -194,34 +180,27 @@ TEST_F(DeleteAndDeviceAliasTest, DeviceAliasIsCreatedFoundAndRemoved) {
            "CreateDeviceAlias.DeviceAliasName=\"flow_host1\",PWWN=\"21:00:00:24:ff:4c:a1:02\"");
     EXPECT_EQ(names(kDeviceAlias).size(), before.size() + 2);
 
-    change(service, "RemoveDeviceAlias.DeviceAliasName=\"flow_host0\"");
-    change(service, "RemoveDeviceAlias.DeviceAliasName=\"flow_host1\"");
+    change(kDeviceAliasService, "RemoveDeviceAlias.DeviceAliasName=\"flow_host0\"");
+    change(zone_service(kVsan), "RemoveDeviceAlias.DeviceAliasName=\"flow_host1\"");
     EXPECT_EQ(names(kDeviceAlias), before);
     EXPECT_EQ(mentioning(instances(kDeviceAlias), "flow_host"), std::vector<std::string>{});
     // getInstance of the freed pWWN no longer carries the name.
-    const ZonecimRun freed = zonecim({"gi", alias});
-    EXPECT_EQ(freed.out.find("flow_host0"), std::string::npos) << freed.out;
+    EXPECT_EQ(zonecim({"gi", alias}).out.find("flow_host0"), std::string::npos);
 
     // Removing it again: the database's own answer, nothing changed.
-    EXPECT_EQ(invoke(service, "RemoveDeviceAlias.DeviceAliasName=\"flow_host0\"").text,
+    EXPECT_EQ(invoke(kDeviceAliasService, "RemoveDeviceAlias.DeviceAliasName=\"flow_host0\"").text,
               "Object not found");
     EXPECT_EQ(names(kDeviceAlias), before);
 }
 
 TEST_F(DeleteAndDeviceAliasTest, RefusedDeviceAliasesChangeNothing) {
-    const std::string service = "root/cimv2:VORNA_DeviceAliasService";
-    const std::string before = database();
-    struct Refusal {
-        std::string call;
-        std::string text;
-    };
+    const std::string before = fabric_dump();
     const std::string create = "CreateDeviceAlias.DeviceAliasName=";
-    const std::vector<Refusal> refusals = {
-        // pWWNs that aren't eight bytes of hexadecimal pairs.
+    const std::pair<std::string, std::string> refusals[] = {
+        // pWWNs that aren't eight bytes of hexadecimal pairs (which ones are
+        // is the switch's own test).
         {create + "\"flow_host0\",PWWN=\"21:00:00:zz:ff:4c:a1:01\"", "Unknown error"},
-        {create + "\"flow_host0\",PWWN=\"21:00:00:24:ff:4c:a1\"", "Unknown error"},
         {create + "\"flow_host0\",PWWN=\"21:00:00:24:ff:4c:a1:01:02\"", "Unknown error"},
-        {create + "\"flow_host0\",PWWN=\"\"", "Unknown error"},
         // A name or a pWWN that is taken: the switch's code 4.
         {create + "\"db01_hba0\",PWWN=\"21:00:00:24:ff:4c:a1:01\"", "Zone Already Present"},
         {create + "\"flow_host0\",PWWN=\"31:00:00:00:00:4c:a1:b2\"", "Zone Already Present"},
@@ -229,18 +208,17 @@ TEST_F(DeleteAndDeviceAliasTest, RefusedDeviceAliasesChangeNothing) {
         {create + "\"\",PWWN=\"21:00:00:24:ff:4c:a1:01\"", "Invalid name"},
         {create + "\"flow host\",PWWN=\"21:00:00:24:ff:4c:a1:01\"", "Invalid name"},
     };
-    for (const Refusal &refusal : refusals) {
-        SCOPED_TRACE(refusal.call);
-        EXPECT_EQ(invoke(service, refusal.call).text, refusal.text);
-        EXPECT_EQ(database(), before);
+    for (const auto &[call, text] : refusals) {
+        SCOPED_TRACE(call);
+        EXPECT_EQ(invoke(kDeviceAliasService, call).text, text);
+        EXPECT_EQ(fabric_dump(), before);
     }
 
     // zonecim prints the last return value, the dispatcher's text of the
     // code; the one the handler hands over first is the switch's own text.
     cmpihost::Request request;
-    CMPIArgs *in = request.newArgs();
-    cmpihost::addStringArg(in, "DeviceAliasName", "db01_hba0");
-    cmpihost::addStringArg(in, "PWWN", "21:00:00:24:ff:4c:a1:01");
+    CMPIArgs *in = method_args(request, {{"DeviceAliasName", CMPI_string, "db01_hba0"},
+                                         {"PWWN", CMPI_string, "21:00:00:24:ff:4c:a1:01"}});
     cmpihost::Status status;
     {
         QuietStdout quiet;
@@ -252,7 +230,7 @@ TEST_F(DeleteAndDeviceAliasTest, RefusedDeviceAliasesChangeNothing) {
     for (const cmpihost::Delivery &d : request.deliveries())
         if (d.kind == cmpihost::Delivery::Kind::Data) values.push_back(cmpihost::dataText(d.data));
     EXPECT_EQ(values, (std::vector<std::string>{"Object already present", "Zone Already Present"}));
-    EXPECT_EQ(database(), before);
+    EXPECT_EQ(fabric_dump(), before);
 }
 
 }  // namespace

@@ -24,61 +24,8 @@ using Operation = std::function<cmpihost::Status(cmpihost::Request &)>;
 // fabric; a sweep that gets past it is not converging.
 constexpr long kMaxCalls = 5000;
 
-// Standard error of the process pointed at a temporary file for a while;
-// the switch writes one line there per injected failure.
-class StderrCapture {
-  public:
-    StderrCapture() : file_(std::tmpfile()) {
-        std::fflush(stderr);
-        saved_ = dup(STDERR_FILENO);
-        dup2(fileno(file_), STDERR_FILENO);
-    }
-    ~StderrCapture() {
-        restore();
-        std::fclose(file_);
-    }
-    StderrCapture(const StderrCapture &) = delete;
-    StderrCapture &operator=(const StderrCapture &) = delete;
-
-    std::string text() {
-        restore();
-        std::string out;
-        std::rewind(file_);
-        char buffer[4096];
-        std::size_t n;
-        while ((n = std::fread(buffer, 1, sizeof buffer, file_)) > 0) out.append(buffer, n);
-        return out;
-    }
-
-  private:
-    void restore() {
-        if (saved_ < 0) return;
-        std::fflush(stderr);
-        dup2(saved_, STDERR_FILENO);
-        close(saved_);
-        saved_ = -1;
-    }
-    std::FILE *file_;
-    int saved_ = -1;
-};
-
-// The failure plan of the switch for the requests made while it lives.
-class FailurePlan {
-  public:
-    FailurePlan(long fail_at, long fail_count) {
-        if (fail_at > 0) setenv("ZONE_SIM_FAIL_AT", std::to_string(fail_at).c_str(), 1);
-        if (fail_count > 0) setenv("ZONE_SIM_FAIL_COUNT", std::to_string(fail_count).c_str(), 1);
-    }
-    ~FailurePlan() {
-        unsetenv("ZONE_SIM_FAIL_AT");
-        unsetenv("ZONE_SIM_FAIL_COUNT");
-    }
-    FailurePlan(const FailurePlan &) = delete;
-    FailurePlan &operator=(const FailurePlan &) = delete;
-};
-
 // What one request gave back.
-struct Outcome {
+struct Result {
     cmpihost::Status status;
     std::vector<std::string> items;  // deliveries, as text, in order
     std::string return_text;         // the last text handed to the result
@@ -103,10 +50,6 @@ std::string rendered(const cmpihost::Delivery &d, Rendering rendering) {
             return "data " + cmpihost::dataText(d.data);
     }
     return "?";
-}
-
-bool is_prefix(const std::vector<std::string> &part, const std::vector<std::string> &whole) {
-    return part.size() <= whole.size() && std::equal(part.begin(), part.end(), whole.begin());
 }
 
 bool is_subsequence(const std::vector<std::string> &part, const std::vector<std::string> &whole) {
@@ -136,17 +79,33 @@ class FaultSweepTest : public SwitchTest {
         SwitchTest::TearDownTestSuite();
     }
 
-    Outcome attempt(const Operation &operation, long fail_at, long fail_count = 0) {
+    // One request with the switch failing from call fail_at on (0: never),
+    // fail_count calls of them (0: all); standard error, where the switch
+    // writes a line per injected failure, is read back.
+    Result attempt(const Operation &operation, long fail_at, long fail_count = 0) {
         ++requests_;
-        Outcome result;
-        FailurePlan plan(fail_at, fail_count);
+        Result result;
+        if (fail_at > 0) setenv("ZONE_SIM_FAIL_AT", std::to_string(fail_at).c_str(), 1);
+        if (fail_count > 0) setenv("ZONE_SIM_FAIL_COUNT", std::to_string(fail_count).c_str(), 1);
         cmpihost::Request request;
         {
             QuietStdout quiet;
-            StderrCapture capture;
+            std::FILE *capture = std::tmpfile();
+            std::fflush(stderr);
+            const int saved = dup(STDERR_FILENO);
+            dup2(fileno(capture), STDERR_FILENO);
             result.status = operation(request);
-            result.faults = capture.text();
+            std::fflush(stderr);
+            dup2(saved, STDERR_FILENO);
+            close(saved);
+            std::rewind(capture);
+            char buffer[4096];
+            for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, capture)) > 0;)
+                result.faults.append(buffer, n);
+            std::fclose(capture);
         }
+        unsetenv("ZONE_SIM_FAIL_AT");
+        unsetenv("ZONE_SIM_FAIL_COUNT");
         if (result.reached()) ++faulted_requests_;
         result.done = request.doneCount();
         for (const cmpihost::Delivery &d : request.deliveries())
@@ -166,29 +125,26 @@ class FaultSweepTest : public SwitchTest {
                     bool reports_missing = false) {
         ++operations_;
         rendering_ = rendering;
-        const Outcome full = attempt(operation, 0);
+        const Result full = attempt(operation, 0);
         ASSERT_FALSE(full.reached()) << label;
         ASSERT_EQ(full.status.rc, CMPI_RC_OK) << label;
         for (long k = 1; k <= kMaxCalls; ++k) {
-            const Outcome failed = attempt(operation, k);
+            const Result failed = attempt(operation, k);
             if (!failed.reached()) {
                 EXPECT_EQ(failed.items, full.items) << label;
                 return;
             }
-            const std::string where =
-                label + ", failing from call " + std::to_string(k) + "\n" + failed.faults;
-            EXPECT_TRUE(allowed.count(failed.status.rc)) << where << describe(failed.status);
-            EXPECT_TRUE(failed.status.rc == CMPI_RC_OK || failed.items.empty())
-                << where << describe(failed.status) << " with deliveries";
-            if (reports_missing) {
-                EXPECT_TRUE(failed.status.rc != CMPI_RC_OK || !failed.items.empty())
-                    << where << "nothing delivered, yet " << describe(failed.status);
-            }
-            EXPECT_TRUE(is_prefix(failed.items, full.items))
-                << where << "delivered:\n"
-                << joined(failed.items) << "full answer:\n"
-                << joined(full.items);
-            const Outcome hiccup = attempt(operation, k, 1);
+            const std::string where = label + ", failing from call " + std::to_string(k) + "\n" +
+                                      failed.faults + describe(failed.status) + "\ndelivered:\n" +
+                                      joined(failed.items) + "full answer:\n" + joined(full.items);
+            EXPECT_TRUE(allowed.count(failed.status.rc)) << where;
+            EXPECT_TRUE(failed.status.rc == CMPI_RC_OK || failed.items.empty()) << where;
+            EXPECT_TRUE(!reports_missing || failed.status.rc != CMPI_RC_OK || !failed.items.empty())
+                << where;
+            EXPECT_TRUE(failed.items.size() <= full.items.size() &&
+                        std::equal(failed.items.begin(), failed.items.end(), full.items.begin()))
+                << where;
+            const Result hiccup = attempt(operation, k, 1);
             EXPECT_TRUE(allowed.count(hiccup.status.rc)) << label << ", call " << k << " alone";
             EXPECT_TRUE(is_subsequence(hiccup.items, full.items))
                 << label << ", failing call " << k << " alone\n"
@@ -207,23 +163,24 @@ class FaultSweepTest : public SwitchTest {
     // success leaves it changed (unless the change is committed by a call
     // whose outcome the operation doesn't report: commit_unreported).
     void sweep_change(const std::string &label, const Operation &operation,
-                      const std::set<int> &allowed,
-                      const std::function<bool(const Outcome &)> &succeeded,
-                      bool commit_unreported = false) {
+                      const std::set<int> &allowed, bool commit_unreported) {
         ++operations_;
         rendering_ = Rendering::Whole;
+        auto succeeded = [](const Result &r) {
+            return r.status.rc == CMPI_RC_OK && r.return_text == "Success";
+        };
         const std::string pristine = reload_and_dump();
-        const Outcome full = attempt(operation, 0);
+        const Result full = attempt(operation, 0);
         ASSERT_FALSE(full.reached()) << label;
         ASSERT_TRUE(succeeded(full))
             << label << ": " << describe(full.status) << " " << full.return_text;
-        const std::string changed = dump();
+        const std::string changed = fabric_dump();
         ASSERT_TRUE(changed != pristine) << label << " changes nothing";
         for (long fail_count : {0L, 1L}) {
             for (long k = 1; k <= kMaxCalls; ++k) {
                 reload_and_dump();
-                const Outcome failed = attempt(operation, k, fail_count);
-                const std::string state = dump();
+                const Result failed = attempt(operation, k, fail_count);
+                const std::string state = fabric_dump();
                 if (!failed.reached()) {
                     EXPECT_EQ(failed.items, full.items) << label;
                     EXPECT_TRUE(state == changed) << label << ": the full run's change is missing";
@@ -231,57 +188,26 @@ class FaultSweepTest : public SwitchTest {
                 }
                 const std::string where = label + ", failing " +
                                           (fail_count == 1 ? "call " : "from call ") +
-                                          std::to_string(k) + "\n" + failed.faults;
-                EXPECT_TRUE(allowed.count(failed.status.rc)) << where << describe(failed.status);
+                                          std::to_string(k) + "\n" + failed.faults +
+                                          describe(failed.status) + " " + failed.return_text + "\n";
+                EXPECT_TRUE(allowed.count(failed.status.rc)) << where;
                 EXPECT_FALSE(failed.return_text.empty()) << where << "no answer text";
                 EXPECT_GE(failed.done, 1) << where << "result never closed";
                 EXPECT_TRUE(state == pristine || state == changed)
                     << where << "the switch was left half changed";
-                if (!succeeded(failed)) {
-                    EXPECT_TRUE(state == pristine)
-                        << where << "answered " << describe(failed.status) << " "
-                        << failed.return_text << " but the change was made";
-                } else if (!commit_unreported) {
-                    EXPECT_TRUE(state == changed) << where << "answered success, changed nothing";
-                }
+                EXPECT_TRUE(succeeded(failed) || state == pristine)
+                    << where << "a failure, but the change was made";
+                EXPECT_TRUE(!succeeded(failed) || commit_unreported || state == changed)
+                    << where << "answered success, changed nothing";
                 if (HasFailure()) return;
                 if (k == kMaxCalls) ADD_FAILURE() << label << " still reaches call " << k;
             }
         }
     }
 
-    std::string dump() {
-        std::string out;
-        EXPECT_EQ(run_zonecim({"fabric", "dump"}, &out), 0);
-        return out;
-    }
     std::string reload_and_dump() {
-        load_fabric(std::string(ZONE_SOURCE_DIR) + "/examples/fabric.json");
-        return dump();
-    }
-
-    // Paths of the current request.
-    static CMPIObjectPath *zoning_path(cmpihost::Request &request, const char *cls,
-                                       const std::string &id) {
-        CMPIObjectPath *path = request.newObjectPath(kNamespace, cls);
-        cmpihost::addStringKey(path, "InstanceID", id);
-        return path;
-    }
-    static CMPIObjectPath *zone_service(cmpihost::Request &request, int vsan) {
-        CMPIObjectPath *path = request.newObjectPath(kNamespace, "VORNA_ZoneService");
-        cmpihost::addStringKey(path, "SystemCreationClassName", "VORNA_Vsan");
-        cmpihost::addStringKey(path, "SystemName", std::to_string(vsan));
-        cmpihost::addStringKey(path, "CreationClassName", "VORNA_ZoneService");
-        cmpihost::addStringKey(path, "Name", std::to_string(vsan));
-        return path;
-    }
-    static CMPIObjectPath *pair_path(cmpihost::Request &request, const char *cls,
-                                     const char *first_role, CMPIObjectPath *first,
-                                     const char *second_role, CMPIObjectPath *second) {
-        CMPIObjectPath *path = request.newObjectPath(kNamespace, cls);
-        cmpihost::addReferenceKey(path, first_role, first);
-        cmpihost::addReferenceKey(path, second_role, second);
-        return path;
+        load_fabric(kExampleFabric);
+        return fabric_dump();
     }
 
     Rendering rendering_ = Rendering::Whole;
@@ -290,63 +216,46 @@ class FaultSweepTest : public SwitchTest {
     static inline long requests_ = 0;
 };
 
-const char *const kServedClasses[] = {"VORNA_ZoneSet",
-                                      "VORNA_Zone",
-                                      "VORNA_ZoneAlias",
-                                      "VORNA_DeviceAlias",
-                                      "VORNA_ZoneMemberSettingData",
-                                      "VORNA_ZoneService",
-                                      "VORNA_HostedService",
-                                      "VORNA_ZoneMemberOfCollection",
-                                      "VORNA_ElementSettingData",
-                                      "VORNA_ZoneHostedCollection",
-                                      "VORNA_HostedCollection"};
-
-// Statuses a getInstance may end with, by class: the zoning objects report
-// a lookup or build failure as not found, the zone service as failed, the
-// other handlers leave the status as it was.
-std::set<int> get_instance_statuses(const std::string &cls) {
-    if (cls == "VORNA_ZoneSet" || cls == "VORNA_Zone" || cls == "VORNA_ZoneAlias" ||
-        cls == "VORNA_ZoneMemberSettingData")
-        return {CMPI_RC_OK, CMPI_RC_ERR_NOT_FOUND};
-    if (cls == "VORNA_ZoneService") return {CMPI_RC_OK, CMPI_RC_ERR_FAILED};
-    return {CMPI_RC_OK};
-}
-
 TEST_F(FaultSweepTest, ReadsDeliverAPrefixOfTheirAnswer) {
-    for (const char *cls : kServedClasses) {
-        const std::string name = cls;
-        sweep_read("enumInstanceNames " + name,
+    for (const std::string cls :
+         {"VORNA_ZoneSet", "VORNA_Zone", "VORNA_ZoneAlias", "VORNA_DeviceAlias",
+          "VORNA_ZoneMemberSettingData", "VORNA_ZoneService", "VORNA_HostedService",
+          "VORNA_ZoneMemberOfCollection", "VORNA_ElementSettingData", "VORNA_ZoneHostedCollection",
+          "VORNA_HostedCollection"}) {
+        sweep_read("enumInstanceNames " + cls,
                    [&](cmpihost::Request &request) {
-                       return provider().enumInstanceNames(request, class_path(request, name));
+                       return provider().enumInstanceNames(request, class_path(request, cls));
                    },
                    {CMPI_RC_OK});
-        sweep_read("enumInstances " + name,
+        sweep_read("enumInstances " + cls,
                    [&](cmpihost::Request &request) {
-                       return provider().enumInstances(request, class_path(request, name), nullptr);
+                       return provider().enumInstances(request, class_path(request, cls), nullptr);
                    },
                    {CMPI_RC_OK});
 
+        // getInstance of every object (of the class itself when there is
+        // none). The zoning objects report a lookup or build failure as not
+        // found, the zone service as failed, the other handlers leave the
+        // status as it was. A device alias whose name lookup fails is still
+        // delivered, built with an empty name as for a pWWN that has no
+        // alias (the lookup's code is only traced): only which object comes
+        // back is compared.
+        std::set<int> statuses{CMPI_RC_OK};
+        if (cls == "VORNA_ZoneSet" || cls == "VORNA_Zone" || cls == "VORNA_ZoneAlias" ||
+            cls == "VORNA_ZoneMemberSettingData")
+            statuses.insert(CMPI_RC_ERR_NOT_FOUND);
+        if (cls == "VORNA_ZoneService") statuses.insert(CMPI_RC_ERR_FAILED);
         cmpihost::Request listing;
-        std::vector<const CMPIObjectPath *> targets;
-        {
-            QuietStdout quiet;
-            provider().enumInstanceNames(listing, class_path(listing, name));
-        }
-        for (const cmpihost::Delivery &d : listing.deliveries()) targets.push_back(d.path);
-        if (targets.empty()) targets.push_back(class_path(listing, name));
-        // A device alias whose name lookup fails is still delivered, built
-        // with an empty name as for a pWWN that has no alias: the lookup's
-        // code is only traced. Only which object comes back is compared.
-        const Rendering rendering =
-            name == "VORNA_DeviceAlias" ? Rendering::Identity : Rendering::Whole;
+        std::vector<const CMPIObjectPath *> targets = paths_of(listing, cls);
+        if (targets.empty()) targets.push_back(class_path(listing, cls));
         for (const CMPIObjectPath *target : targets) {
             sweep_read(
                 "getInstance " + canonical(target),
                 [&](cmpihost::Request &request) {
                     return provider().getInstance(request, target, nullptr);
                 },
-                get_instance_statuses(name), rendering, get_instance_statuses(name).size() > 1);
+                statuses, cls == "VORNA_DeviceAlias" ? Rendering::Identity : Rendering::Whole,
+                statuses.size() > 1);
         }
         if (HasFatalFailure()) return;
     }
@@ -357,196 +266,113 @@ TEST_F(FaultSweepTest, AssociationsDeliverAPrefixOfTheirAnswer) {
     for (const char *cls : {"VORNA_ZoneService", "VORNA_ZoneSet", "VORNA_Zone", "VORNA_ZoneAlias",
                             "VORNA_ZoneMemberSettingData", "VORNA_DeviceAlias"}) {
         cmpihost::Request listing;
-        {
-            QuietStdout quiet;
-            provider().enumInstanceNames(listing, class_path(listing, cls));
-        }
-        for (const cmpihost::Delivery &d : listing.deliveries()) {
-            const CMPIObjectPath *source = d.path;
+        for (const CMPIObjectPath *source : paths_of(listing, cls)) {
             const std::string text = canonical(source);
-            sweep_read(
-                "associatorNames " + text,
-                [&](cmpihost::Request &request) {
-                    return provider().associatorNames(request, source, nullptr, nullptr, nullptr,
-                                                      nullptr);
-                },
-                statuses);
-            sweep_read(
-                "associators " + text,
-                [&](cmpihost::Request &request) {
-                    return provider().associators(request, source, nullptr, nullptr, nullptr,
-                                                  nullptr, nullptr);
-                },
-                statuses);
-            sweep_read(
-                "referenceNames " + text,
-                [&](cmpihost::Request &request) {
-                    return provider().referenceNames(request, source, nullptr, nullptr);
-                },
-                statuses);
-            sweep_read(
-                "references " + text,
-                [&](cmpihost::Request &request) {
-                    return provider().references(request, source, nullptr, nullptr, nullptr);
-                },
-                statuses);
+            const std::pair<std::string, Operation> operations[] = {
+                {"associatorNames ",
+                 [&](cmpihost::Request &r) {
+                     return provider().associatorNames(r, source, nullptr, nullptr, nullptr,
+                                                       nullptr);
+                 }},
+                {"associators ",
+                 [&](cmpihost::Request &r) {
+                     return provider().associators(r, source, nullptr, nullptr, nullptr, nullptr,
+                                                   nullptr);
+                 }},
+                {"referenceNames ",
+                 [&](cmpihost::Request &r) {
+                     return provider().referenceNames(r, source, nullptr, nullptr);
+                 }},
+                {"references ",
+                 [&](cmpihost::Request &r) {
+                     return provider().references(r, source, nullptr, nullptr, nullptr);
+                 }},
+            };
+            for (const auto &[name, operation] : operations)
+                sweep_read(name + text, operation, statuses);
             if (HasFatalFailure()) return;
         }
     }
 }
 
-TEST_F(FaultSweepTest, DeletesChangeAllOrNothing) {
-    const std::set<int> statuses{CMPI_RC_OK, CMPI_RC_ERR_FAILED, CMPI_RC_ERR_INVALID_PARAMETER,
-                                 CMPI_RC_ERROR};
-    auto deleted = [](const Outcome &outcome) {
-        return outcome.status.rc == CMPI_RC_OK && outcome.return_text == "Success";
+TEST_F(FaultSweepTest, DeletesAndMethodsChangeAllOrNothing) {
+    auto zone_set = [](const char *id) { return zoning_path("VORNA_ZoneSet", id); };
+    auto zone = [](const char *id) { return zoning_path("VORNA_Zone", id); };
+    auto alias = [](const char *id) { return zoning_path("VORNA_ZoneAlias", id); };
+    auto member = [](const char *id) { return zoning_path("VORNA_ZoneMemberSettingData", id); };
+    const std::string member_of = "VORNA_ZoneMemberOfCollection";
+    const std::string setting = "VORNA_ElementSettingData";
+    const std::pair<const char *, std::string> deletes[] = {
+        {"a zone set", zone_set("20^2^0")},
+        {"a zone", zone("10^4^0")},
+        {"a zone alias", alias("20^6^0")},
+        {"a zone member", member("20^32768^fc2/5^0")},
+        {"a zone set's zone",
+         link_path(member_of, "Collection", zone_set("10^1^0"), "Member", zone("10^3^0"))},
+        {"a zone's alias",
+         link_path(member_of, "Collection", zone("10^2^0"), "Member", alias("10^6^0"))},
+        {"a zone's member", link_path(setting, "ManagedElement", zone("10^4^0"), "SettingData",
+                                      member("10^4^10:17^0"))},
+        {"an alias's member", link_path(setting, "ManagedElement", alias("20^6^0"), "SettingData",
+                                        member("20^2^31:00:00:00:01:8c:22:30^0"))},
     };
-    struct Target {
-        const char *label;
-        std::function<CMPIObjectPath *(cmpihost::Request &)> path;
-    };
-    const Target targets[] = {
-        {"zone set",
-         [](cmpihost::Request &r) { return zoning_path(r, "VORNA_ZoneSet", "20^2^0"); }},
-        {"zone", [](cmpihost::Request &r) { return zoning_path(r, "VORNA_Zone", "10^4^0"); }},
-        {"zone alias",
-         [](cmpihost::Request &r) { return zoning_path(r, "VORNA_ZoneAlias", "20^6^0"); }},
-        {"zone member",
-         [](cmpihost::Request &r) {
-             return zoning_path(r, "VORNA_ZoneMemberSettingData", "20^32768^fc2/5^0");
-         }},
-        {"zone set holding a zone",
-         [](cmpihost::Request &r) {
-             return pair_path(r, "VORNA_ZoneMemberOfCollection", "Collection",
-                              zoning_path(r, "VORNA_ZoneSet", "10^1^0"), "Member",
-                              zoning_path(r, "VORNA_Zone", "10^3^0"));
-         }},
-        {"zone holding an alias",
-         [](cmpihost::Request &r) {
-             return pair_path(r, "VORNA_ZoneMemberOfCollection", "Collection",
-                              zoning_path(r, "VORNA_Zone", "10^2^0"), "Member",
-                              zoning_path(r, "VORNA_ZoneAlias", "10^6^0"));
-         }},
-        {"zone's member",
-         [](cmpihost::Request &r) {
-             return pair_path(r, "VORNA_ElementSettingData", "ManagedElement",
-                              zoning_path(r, "VORNA_Zone", "10^4^0"), "SettingData",
-                              zoning_path(r, "VORNA_ZoneMemberSettingData", "10^4^10:17^0"));
-         }},
-        {"alias's member",
-         [](cmpihost::Request &r) {
-             return pair_path(
-                 r, "VORNA_ElementSettingData", "ManagedElement",
-                 zoning_path(r, "VORNA_ZoneAlias", "20^6^0"), "SettingData",
-                 zoning_path(r, "VORNA_ZoneMemberSettingData", "20^2^31:00:00:00:01:8c:22:30^0"));
-         }},
-    };
-    for (const Target &target : targets) {
+    for (const auto &[label, path] : deletes) {
         sweep_change(
-            std::string("deleteInstance of a ") + target.label,
+            std::string("deleteInstance of ") + label,
             [&](cmpihost::Request &request) {
-                return provider().deleteInstance(request, target.path(request));
+                return provider().deleteInstance(request, parsed(path));
             },
-            statuses, deleted);
+            {CMPI_RC_OK, CMPI_RC_ERR_FAILED, CMPI_RC_ERR_INVALID_PARAMETER, CMPI_RC_ERROR}, false);
         if (HasFatalFailure()) return;
     }
-}
 
-TEST_F(FaultSweepTest, MethodsChangeAllOrNothing) {
-    auto succeeded = [](const Outcome &outcome) {
-        return outcome.status.rc == CMPI_RC_OK && outcome.return_text == "Success";
-    };
-    using ArgsMaker = std::function<void(cmpihost::Request &, CMPIArgs *)>;
-    struct Call {
-        const char *method;
+    auto text = [](const char *name, const char *value) { return Arg{name, CMPI_string, value}; };
+    auto number = [](const char *name, const char *value) { return Arg{name, CMPI_uint16, value}; };
+    auto ref = [](const char *name, const std::string &path) { return Arg{name, CMPI_ref, path}; };
+    struct Method {
+        const char *name;
         int vsan;
-        ArgsMaker args;
-        bool commit_unreported;
-    };
-    auto uint16_arg = [](CMPIArgs *args, const char *name, CMPIUint16 number) {
-        CMPIValue value{};
-        value.uint16 = number;
-        cmpihost::addValueArg(args, name, value, CMPI_uint16);
-    };
-    const Call calls[] = {
-        {"CreateZoneSet", 10,
-         [](cmpihost::Request &, CMPIArgs *a) {
-             cmpihost::addStringArg(a, "ZoneSetName", "fault_cfg");
-         },
-         false},
-        {"CreateZone", 10,
-         [&](cmpihost::Request &, CMPIArgs *a) {
-             cmpihost::addStringArg(a, "ZoneName", "z_fault");
-             uint16_arg(a, "ZoneType", 2);
-             uint16_arg(a, "ZoneSubType", 4);
-         },
-         false},
-        {"CreateZoneAlias", 10,
-         [](cmpihost::Request &, CMPIArgs *a) {
-             cmpihost::addStringArg(a, "CollectionAlias", "fault_alias");
-         },
-         false},
-        {"CreateZoneMembershipSettingData", 10,
-         [&](cmpihost::Request &r, CMPIArgs *a) {
-             uint16_arg(a, "ConnectivityMemberType", 2);
-             cmpihost::addStringArg(a, "ConnectivityMemberID", "3100000000990001");
-             cmpihost::addReferenceArg(a, "SystemSpecificCollection",
-                                       zoning_path(r, "VORNA_Zone", "10^4^0"));
-         },
-         false},
-        {"AddZone", 20,
-         [](cmpihost::Request &r, CMPIArgs *a) {
-             cmpihost::addReferenceArg(a, "ZoneSet", zoning_path(r, "VORNA_ZoneSet", "20^1^0"));
-             cmpihost::addReferenceArg(a, "Zone", zoning_path(r, "VORNA_Zone", "20^5^0"));
-         },
-         false},
-        {"AddZoneAlias", 10,
-         [](cmpihost::Request &r, CMPIArgs *a) {
-             cmpihost::addReferenceArg(a, "Zone", zoning_path(r, "VORNA_Zone", "10^3^0"));
-             cmpihost::addReferenceArg(a, "ZoneAlias", zoning_path(r, "VORNA_ZoneAlias", "10^6^0"));
-         },
-         false},
-        {"AddZoneMembershipSettingData", 10,
-         [](cmpihost::Request &r, CMPIArgs *a) {
-             cmpihost::addReferenceArg(a, "SystemSpecificCollection",
-                                       zoning_path(r, "VORNA_Zone", "10^2^0"));
-             cmpihost::addReferenceArg(
-                 a, "ZoneMembershipSettingData",
-                 zoning_path(r, "VORNA_ZoneMemberSettingData", "10^4^10:17^0"));
-         },
-         false},
-        {"ActivateZoneSet", 20,
-         [](cmpihost::Request &r, CMPIArgs *a) {
-             cmpihost::addReferenceArg(a, "ZoneSet", zoning_path(r, "VORNA_ZoneSet", "20^2^0"));
-             CMPIValue on{};
-             on.boolean = 1;
-             cmpihost::addValueArg(a, "Activate", on, CMPI_boolean);
-         },
-         false},
+        std::vector<Arg> args;
         // The outcome of a device-alias change is that of its staging call;
         // a failed commit after a staged change still answers success.
-        {"CreateDeviceAlias", 10,
-         [](cmpihost::Request &, CMPIArgs *a) {
-             cmpihost::addStringArg(a, "DeviceAliasName", "fault_hba0");
-             cmpihost::addStringArg(a, "PWWN", "31:00:00:00:00:99:00:01");
-         },
-         true},
-        {"RemoveDeviceAlias", 10,
-         [](cmpihost::Request &, CMPIArgs *a) {
-             cmpihost::addStringArg(a, "DeviceAliasName", "db01_hba0");
-         },
-         true},
+        bool commit_unreported = false;
     };
-    for (const Call &call : calls) {
+    const Method methods[] = {
+        {"CreateZoneSet", 10, {text("ZoneSetName", "fault_cfg")}},
+        {"CreateZone",
+         10,
+         {text("ZoneName", "z_fault"), number("ZoneType", "2"), number("ZoneSubType", "4")}},
+        {"CreateZoneAlias", 10, {text("CollectionAlias", "fault_alias")}},
+        {"CreateZoneMembershipSettingData",
+         10,
+         {number("ConnectivityMemberType", "2"), text("ConnectivityMemberID", "3100000000990001"),
+          ref("SystemSpecificCollection", zone("10^4^0"))}},
+        {"AddZone", 20, {ref("ZoneSet", zone_set("20^1^0")), ref("Zone", zone("20^5^0"))}},
+        {"AddZoneAlias", 10, {ref("Zone", zone("10^3^0")), ref("ZoneAlias", alias("10^6^0"))}},
+        {"AddZoneMembershipSettingData",
+         10,
+         {ref("SystemSpecificCollection", zone("10^2^0")),
+          ref("ZoneMembershipSettingData", member("10^4^10:17^0"))}},
+        {"ActivateZoneSet",
+         20,
+         {ref("ZoneSet", zone_set("20^2^0")), Arg{"Activate", CMPI_boolean, "true"}}},
+        {"CreateDeviceAlias",
+         10,
+         {text("DeviceAliasName", "fault_hba0"), text("PWWN", "31:00:00:00:00:99:00:01")},
+         true},
+        {"RemoveDeviceAlias", 10, {text("DeviceAliasName", "db01_hba0")}, true},
+    };
+    for (const Method &method : methods) {
         sweep_change(
-            call.method,
+            method.name,
             [&](cmpihost::Request &request) {
-                CMPIArgs *in = request.newArgs();
-                call.args(request, in);
-                return provider().invokeMethod(request, zone_service(request, call.vsan),
-                                               call.method, in, request.newArgs());
+                return provider().invokeMethod(request,
+                                               parsed("root/cimv2:VORNA_ZoneService.Name=\"" +
+                                                      std::to_string(method.vsan) + "\""),
+                                               method.name, method_args(request, method.args),
+                                               request.newArgs());
             },
-            {CMPI_RC_OK}, succeeded, call.commit_unreported);
+            {CMPI_RC_OK}, method.commit_unreported);
         if (HasFatalFailure()) return;
     }
 }

@@ -6,14 +6,15 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "schema/schema.h"
 
 namespace {
 
-using zoneschema::CimType;
 using zoneschema::Schema;
 using zoneschema::SchemaError;
 
@@ -23,98 +24,63 @@ const Schema &shipped() {
     return schema;
 }
 
-struct ExpectedParameter {
-    const char *name;
-    CimType type;
-    const char *reference_class;  // nullptr unless a reference
-};
-
-struct ExpectedMethod {
-    const char *name;
-    std::vector<ExpectedParameter> inputs;  // in the positions the provider reads
-    const char *output;                     // the OUT reference, or nullptr
-};
-
-// The provider reads the input arguments of each method by position; these
-// are the positions, the types it converts them to, and the output it adds.
-const std::vector<ExpectedMethod> &provider_methods() {
-    static const std::vector<ExpectedMethod> methods = {
-        {"CreateZoneSet", {{"ZoneSetName", CimType::String, nullptr}}, "ZoneSet"},
-        {"CreateZone",
-         {{"ZoneName", CimType::String, nullptr},
-          {"ZoneType", CimType::Uint16, nullptr},
-          {"ZoneSubType", CimType::Uint16, nullptr}},
-         "Zone"},
-        {"CreateZoneAlias", {{"CollectionAlias", CimType::String, nullptr}}, "ZoneAlias"},
-        {"CreateZoneMembershipSettingData",
-         {{"ConnectivityMemberType", CimType::Uint16, nullptr},
-          {"ConnectivityMemberID", CimType::String, nullptr},
-          {"SystemSpecificCollection", CimType::Reference, "CIM_SystemSpecificCollection"}},
-         "ZoneMembershipSettingData"},
-        {"AddZone",
-         {{"ZoneSet", CimType::Reference, "VORNA_ZoneSet"},
-          {"Zone", CimType::Reference, "VORNA_Zone"}},
-         nullptr},
-        {"AddZoneAlias",
-         {{"Zone", CimType::Reference, "VORNA_Zone"},
-          {"ZoneAlias", CimType::Reference, "VORNA_ZoneAlias"}},
-         nullptr},
-        {"AddZoneMembershipSettingData",
-         {{"SystemSpecificCollection", CimType::Reference, "CIM_SystemSpecificCollection"},
-          {"ZoneMembershipSettingData", CimType::Reference, "VORNA_ZoneMemberSettingData"}},
-         nullptr},
-        {"ActivateZoneSet",
-         {{"ZoneSet", CimType::Reference, "VORNA_ZoneSet"},
-          {"Activate", CimType::Boolean, nullptr}},
-         nullptr},
-        {"CreateDeviceAlias",
-         {{"DeviceAliasName", CimType::String, nullptr}, {"PWWN", CimType::String, nullptr}},
-         nullptr},
-        {"RemoveDeviceAlias", {{"DeviceAliasName", CimType::String, nullptr}}, nullptr},
-    };
-    return methods;
+// "return(Param type [class], out Param type [class], ...)" of a method as a
+// class has it, parameters in declared order; "none" when it has none.
+std::string signature(const char *cls, const char *name) {
+    const zoneschema::Method *method = shipped().find_method(cls, name);
+    if (method == nullptr) return "none";
+    std::string text = std::string(type_name(method->return_type)) + "(";
+    for (const zoneschema::Parameter &p : method->parameters) {
+        if (&p != &method->parameters.front()) text += ", ";
+        text += std::string(p.in ? "" : "out ") + (p.in && p.out ? "inout " : "") + p.name + " " +
+                std::string(type_name(p.type)) + (p.array ? "[]" : "");
+        if (!p.reference_class.empty()) text += " " + p.reference_class;
+    }
+    return text + ")";
 }
 
-TEST(SchemaTest, ZoneServiceDeclaresTheProviderMethodsInTheOrderItReadsThem) {
-    for (const auto &expected : provider_methods()) {
-        SCOPED_TRACE(expected.name);
-        const auto *method = shipped().find_method("VORNA_ZoneService", expected.name);
-        ASSERT_NE(method, nullptr);
-        EXPECT_EQ(method->return_type, CimType::String);
-        std::vector<const zoneschema::Parameter *> inputs;
-        const zoneschema::Parameter *output = nullptr;
-        for (const auto &parameter : method->parameters) {
-            if (parameter.in) inputs.push_back(&parameter);
-            if (parameter.out) output = &parameter;
-        }
-        ASSERT_EQ(inputs.size(), expected.inputs.size());
-        for (std::size_t i = 0; i < inputs.size(); ++i) {
-            EXPECT_EQ(inputs[i]->name, expected.inputs[i].name) << "position " << i;
-            EXPECT_EQ(inputs[i]->type, expected.inputs[i].type) << "position " << i;
-            EXPECT_EQ(inputs[i]->reference_class,
-                      expected.inputs[i].reference_class ? expected.inputs[i].reference_class : "");
-        }
-        if (expected.output == nullptr) {
-            EXPECT_EQ(output, nullptr);
-        } else {
-            ASSERT_NE(output, nullptr);
-            EXPECT_EQ(output->name, expected.output);
-            EXPECT_EQ(output->type, CimType::Reference);
-            EXPECT_FALSE(output->in);
-        }
-    }
-    // The device-alias service takes the same two device-alias methods.
-    for (const char *name : {"CreateDeviceAlias", "RemoveDeviceAlias"}) {
-        const auto *on_service = shipped().find_method("VORNA_DeviceAliasService", name);
-        const auto *on_zones = shipped().find_method("VORNA_ZoneService", name);
-        ASSERT_NE(on_service, nullptr) << name;
-        ASSERT_EQ(on_service->parameters.size(), on_zones->parameters.size()) << name;
-        for (std::size_t i = 0; i < on_service->parameters.size(); ++i)
-            EXPECT_EQ(on_service->parameters[i].name, on_zones->parameters[i].name);
-    }
-    // The DMTF parent has no device-alias methods.
-    EXPECT_EQ(shipped().find_method("CIM_ZoneService", "CreateDeviceAlias"), nullptr);
-    EXPECT_NE(shipped().find_method("CIM_ZoneService", "SessionControl"), nullptr);
+std::vector<std::string> names_of(const std::vector<const zoneschema::Class *> &classes) {
+    std::vector<std::string> names;
+    for (const zoneschema::Class *cls : classes) names.push_back(cls->name);
+    return names;
+}
+
+TEST(SchemaTest, ServicesDeclareTheProviderMethodsInTheOrderItReadsThem) {
+    // The provider reads the input arguments of each method by position and
+    // converts them to these types; the output is the reference it adds.
+    const char *const zone_service = "VORNA_ZoneService";
+    const char *const alias_service = "VORNA_DeviceAliasService";
+    const std::tuple<const char *, const char *, const char *> methods[] = {
+        {zone_service, "CreateZoneSet",
+         "string(ZoneSetName string, out ZoneSet reference VORNA_ZoneSet)"},
+        {zone_service, "CreateZone",
+         "string(ZoneName string, ZoneType uint16, ZoneSubType uint16, out Zone reference "
+         "VORNA_Zone)"},
+        {zone_service, "CreateZoneAlias",
+         "string(CollectionAlias string, out ZoneAlias reference VORNA_ZoneAlias)"},
+        {zone_service, "CreateZoneMembershipSettingData",
+         "string(ConnectivityMemberType uint16, ConnectivityMemberID string, "
+         "SystemSpecificCollection reference CIM_SystemSpecificCollection, "
+         "out ZoneMembershipSettingData reference VORNA_ZoneMemberSettingData)"},
+        {zone_service, "AddZone",
+         "string(ZoneSet reference VORNA_ZoneSet, Zone reference VORNA_Zone)"},
+        {zone_service, "AddZoneAlias",
+         "string(Zone reference VORNA_Zone, ZoneAlias reference VORNA_ZoneAlias)"},
+        {zone_service, "AddZoneMembershipSettingData",
+         "string(SystemSpecificCollection reference CIM_SystemSpecificCollection, "
+         "ZoneMembershipSettingData reference VORNA_ZoneMemberSettingData)"},
+        {zone_service, "ActivateZoneSet",
+         "string(ZoneSet reference VORNA_ZoneSet, Activate boolean)"},
+        {zone_service, "CreateDeviceAlias", "string(DeviceAliasName string, PWWN string)"},
+        {zone_service, "RemoveDeviceAlias", "string(DeviceAliasName string)"},
+        {alias_service, "CreateDeviceAlias", "string(DeviceAliasName string, PWWN string)"},
+        {alias_service, "RemoveDeviceAlias", "string(DeviceAliasName string)"},
+        // The DMTF parent has no device-alias methods.
+        {"CIM_ZoneService", "CreateDeviceAlias", "none"},
+        {"CIM_ZoneService", "SessionControl", "uint32(RequestedSessionState uint16)"},
+    };
+    for (const auto &[cls, method, expected] : methods)
+        EXPECT_EQ(signature(cls, method), expected) << cls << "." << method;
 }
 
 TEST(SchemaTest, LookupsFollowTheHierarchyWithoutRegardToCase) {
@@ -123,22 +89,16 @@ TEST(SchemaTest, LookupsFollowTheHierarchyWithoutRegardToCase) {
     EXPECT_EQ(schema.find("vorna_zonealias")->name, "VORNA_ZoneAlias");
     EXPECT_EQ(schema.find("VORNA_Nothing"), nullptr);
 
-    std::vector<std::string> chain;
-    for (const auto *cls : schema.superclass_chain("VORNA_Zone")) chain.push_back(cls->name);
-    EXPECT_EQ(chain, (std::vector<std::string>{
-                         "VORNA_Zone", "CIM_Zone", "CIM_ConnectivityCollection",
-                         "CIM_SystemSpecificCollection", "CIM_Collection", "CIM_ManagedElement"}));
+    EXPECT_EQ(names_of(schema.superclass_chain("VORNA_Zone")),
+              (std::vector<std::string>{"VORNA_Zone", "CIM_Zone", "CIM_ConnectivityCollection",
+                                        "CIM_SystemSpecificCollection", "CIM_Collection",
+                                        "CIM_ManagedElement"}));
     EXPECT_TRUE(schema.superclass_chain("VORNA_Nothing").empty());
-
-    std::vector<std::string> collections;
-    for (const auto *cls : schema.subclasses("cim_systemspecificcollection"))
-        collections.push_back(cls->name);
-    for (const char *name : {"VORNA_ZoneSet", "VORNA_Zone", "VORNA_ZoneAlias"}) {
-        EXPECT_NE(std::find(collections.begin(), collections.end(), name), collections.end())
-            << name;
-    }
-    EXPECT_EQ(std::find(collections.begin(), collections.end(), "CIM_SystemSpecificCollection"),
-              collections.end());
+    const auto collections = names_of(schema.subclasses("cim_systemspecificcollection"));
+    for (const char *name : {"VORNA_ZoneSet", "VORNA_Zone", "VORNA_ZoneAlias"})
+        EXPECT_EQ(std::count(collections.begin(), collections.end(), name), 1) << name;
+    EXPECT_EQ(std::count(collections.begin(), collections.end(), "CIM_SystemSpecificCollection"),
+              0);
     EXPECT_TRUE(schema.is_a("VORNA_HostedService", "CIM_Dependency"));
     EXPECT_FALSE(schema.is_a("CIM_Dependency", "VORNA_HostedService"));
 
@@ -154,37 +114,33 @@ TEST(SchemaTest, LookupsFollowTheHierarchyWithoutRegardToCase) {
     EXPECT_EQ(antecedent->reference_class, "VORNA_Vsan");
     EXPECT_EQ(schema.find_property("CIM_HostedService", "Antecedent")->reference_class,
               "CIM_System");
-    EXPECT_EQ(schema.find_property("VORNA_ZoneSet", "InstanceID")->key, true);
-    EXPECT_EQ(schema.find_property("CIM_ManagedElement", "InstanceID")->key, false);
+    EXPECT_TRUE(schema.find_property("VORNA_ZoneSet", "InstanceID")->key);
+    EXPECT_FALSE(schema.find_property("CIM_ManagedElement", "InstanceID")->key);
 }
 
 TEST(SchemaTest, EveryServedClassIsKnownWithWhatTheBuildersSet) {
     // Property names the simulated switch's builders put into instances.
-    struct Expected {
-        const char *cls;
-        std::vector<const char *> properties;
-    };
-    const std::vector<Expected> served = {
+    const std::pair<const char *, const char *> served[] = {
         {"VORNA_ZoneService",
-         {"SystemCreationClassName", "SystemName", "CreationClassName", "Name", "ElementName",
-          "SessionState", "RequestedSessionState"}},
-        {"VORNA_ZoneSet", {"InstanceID", "ElementName", "Active"}},
-        {"VORNA_Zone", {"InstanceID", "ElementName", "Active", "ZoneType"}},
-        {"VORNA_ZoneAlias", {"InstanceID", "ElementName", "CollectionAlias", "Active"}},
+         "SystemCreationClassName SystemName CreationClassName Name ElementName SessionState "
+         "RequestedSessionState"},
+        {"VORNA_ZoneSet", "InstanceID ElementName Active"},
+        {"VORNA_Zone", "InstanceID ElementName Active ZoneType"},
+        {"VORNA_ZoneAlias", "InstanceID ElementName CollectionAlias Active"},
         {"VORNA_ZoneMemberSettingData",
-         {"InstanceID", "ElementName", "ConnectivityMemberType", "ConnectivityMemberID", "Active"}},
-        {"VORNA_DeviceAlias", {"InstanceID", "ElementName", "PWWN"}},
-        {"VORNA_Vsan", {"CreationClassName", "Name", "ElementName", "NameFormat"}},
-        {"VORNA_HostedService", {"Antecedent", "Dependent"}},
-        {"VORNA_HostedCollection", {"Antecedent", "Dependent"}},
-        {"VORNA_ZoneHostedCollection", {"Antecedent", "Dependent"}},
-        {"VORNA_ZoneMemberOfCollection", {"Collection", "Member"}},
-        {"VORNA_ElementSettingData", {"ManagedElement", "SettingData"}},
+         "InstanceID ElementName ConnectivityMemberType ConnectivityMemberID Active"},
+        {"VORNA_DeviceAlias", "InstanceID ElementName PWWN"},
+        {"VORNA_Vsan", "CreationClassName Name ElementName NameFormat"},
+        {"VORNA_HostedService", "Antecedent Dependent"},
+        {"VORNA_HostedCollection", "Antecedent Dependent"},
+        {"VORNA_ZoneHostedCollection", "Antecedent Dependent"},
+        {"VORNA_ZoneMemberOfCollection", "Collection Member"},
+        {"VORNA_ElementSettingData", "ManagedElement SettingData"},
     };
-    for (const auto &expected : served) {
-        for (const char *property : expected.properties)
-            EXPECT_NE(shipped().find_property(expected.cls, property), nullptr)
-                << expected.cls << "." << property;
+    for (const auto &[cls, properties] : served) {
+        std::istringstream names(properties);
+        for (std::string property; names >> property;)
+            EXPECT_NE(shipped().find_property(cls, property), nullptr) << cls << "." << property;
     }
     // The registration claims instances of every served class and the
     // association side of every association.
@@ -204,67 +160,60 @@ TEST(SchemaTest, InconsistentFilesAreRefused) {
             "interface_type": "CMPI", "interface_version": "2.0.0", "vendor": "V",
             "version": "1"}, "classes": [)";
     const std::string base =
-        R"({"name": "A_Base", "properties": [{"name": "Id", "type": "string", "key": true}]})";
-    struct Case {
-        const char *what;
-        std::string classes;
-        const char *message;
-    };
-    const std::vector<Case> cases = {
+        R"({"name": "A_Base", "properties": [{"name": "Id", "type": "string", "key": true}]},)";
+    const std::tuple<const char *, std::string, const char *> cases[] = {
         {"not JSON", "{", "not valid JSON"},
-        {"duplicate class", base + "," + R"({"name": "a_base"})", "declared twice"},
+        {"duplicate class", base + R"({"name": "a_base"})", "declared twice"},
         {"unknown superclass", R"({"name": "A_X", "superclass": "A_None"})", "unknown superclass"},
         {"loop", R"({"name": "A_X", "superclass": "A_Y"}, {"name": "A_Y", "superclass": "A_X"})",
          "loops"},
-        {"typo in a member", base + "," + R"({"name": "A_X", "superclas": "A_Base"})",
+        {"typo in a member", base + R"({"name": "A_X", "superclas": "A_Base"})",
          "unknown member \"superclas\""},
         {"unknown type", R"({"name": "A_X", "properties": [{"name": "P", "type": "int"}]})",
          "unknown type"},
-        {"reference without class",
-         base + "," + R"({"name": "A_L", "association": true, "properties": [
+        {"reference without class", base + R"({"name": "A_L", "association": true, "properties": [
             {"name": "L", "type": "reference", "key": true},
             {"name": "R", "type": "reference", "reference_class": "A_Base", "key": true}]})",
          "names a class"},
-        {"association with one end",
-         base + "," + R"({"name": "A_L", "association": true, "properties": [
+        {"association with one end", base + R"({"name": "A_L", "association": true, "properties": [
             {"name": "L", "type": "reference", "reference_class": "A_Base", "key": true}]})",
          "two references"},
         {"concrete class without key", R"({"name": "A_X"})", "needs a key"},
         {"method provider without methods",
-         base + "," + R"({"name": "A_X", "superclass": "A_Base", "provider": ["method"]})",
+         base + R"({"name": "A_X", "superclass": "A_Base", "provider": ["method"]})",
          "without methods"},
         {"parameter neither in nor out",
-         base + "," + R"({"name": "A_X", "superclass": "A_Base", "methods": [{"name": "M",
+         base + R"({"name": "A_X", "superclass": "A_Base", "methods": [{"name": "M",
             "return_type": "uint32", "parameters": [{"name": "P", "type": "string", "in": false}]}]})",
          "neither IN nor OUT"},
         {"inherited property retyped",
-         base + "," +
-             R"({"name": "A_X", "superclass": "A_Base", "properties": [{"name": "Id", "type": "uint32"}]})",
+         base + R"({"name": "A_X", "superclass": "A_Base", "properties": [
+            {"name": "Id", "type": "uint32"}]})",
          "changes the type"},
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto &[what, classes, message] : cases) {
+        SCOPED_TRACE(what);
         try {
-            Schema::parse(head + c.classes + "]}", "test.json");
+            Schema::parse(head + classes + "]}", "test.json");
             ADD_FAILURE() << "accepted";
         } catch (const SchemaError &e) {
-            EXPECT_NE(std::string(e.what()).find(c.message), std::string::npos) << e.what();
+            EXPECT_NE(std::string(e.what()).find(message), std::string::npos) << e.what();
             EXPECT_EQ(std::string(e.what()).rfind("test.json: ", 0), 0u) << e.what();
         }
     }
-    EXPECT_NO_THROW(Schema::parse(head + base + "]}", "test.json"));
+    EXPECT_NO_THROW(Schema::parse(head + base.substr(0, base.size() - 1) + "]}", "test.json"));
     EXPECT_THROW(Schema::load("/nonexistent/zoning_classes.json"), SchemaError);
 }
 
-TEST(SchemaTest, InstalledPathHonoursTheEnvironment) {
-    ASSERT_EQ(unsetenv("ZONE_SCHEMA"), 0);
-    EXPECT_EQ(Schema::installed_path(),
-              std::string(ZONE_SOURCE_DIR) + "/schema/zoning_classes.json");
-    ASSERT_EQ(setenv("ZONE_SCHEMA", "/elsewhere/classes.json", 1), 0);
-    EXPECT_EQ(Schema::installed_path(), "/elsewhere/classes.json");
-    ASSERT_EQ(setenv("ZONE_SCHEMA", "", 1), 0);
-    EXPECT_EQ(Schema::installed_path(),
-              std::string(ZONE_SOURCE_DIR) + "/schema/zoning_classes.json");
+TEST(SchemaTest, InstalledPathHonoursTheEnvironmentUnlessEmpty) {
+    const std::string compiled_in = std::string(ZONE_SOURCE_DIR) + "/schema/zoning_classes.json";
+    for (const char *value : {static_cast<const char *>(nullptr), "/elsewhere/classes.json", ""}) {
+        if (value == nullptr)
+            unsetenv("ZONE_SCHEMA");
+        else
+            setenv("ZONE_SCHEMA", value, 1);
+        EXPECT_EQ(Schema::installed_path(), value != nullptr && *value ? value : compiled_in);
+    }
     unsetenv("ZONE_SCHEMA");
 }
 

@@ -1,6 +1,7 @@
 // A simulated switch for integration tests: a private database loaded from a
 // fabric file with the zonecim command, and the provider library opened
-// through the host as a CIM object manager opens it.
+// through the host as a CIM object manager opens it; plus runs of zonecim
+// (or any other program) on that database and small builders of requests.
 #pragma once
 
 #include <fcntl.h>
@@ -14,7 +15,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -24,25 +27,76 @@
 namespace zonetest {
 
 inline const char *kNamespace = "root/cimv2";
+inline const std::string kExampleFabric = std::string(ZONE_SOURCE_DIR) + "/examples/fabric.json";
 
 // Provider calls run with standard output pointed at /dev/null: tests keep
 // it for their own report.
 using cmpihost::QuietStdout;
 
-// Runs the zonecim command with the given arguments; its exit status.
-inline int run_zonecim(const std::vector<std::string> &args, std::string *out = nullptr) {
-    std::string command = std::string(ZONECIM_PATH);
-    for (const std::string &arg : args) command += " '" + arg + "'";
-    command += " 2>/dev/null";
-    FILE *pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return -1;
-    char buffer[4096];
-    std::string text;
-    std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) text.append(buffer, n);
-    const int status = pclose(pipe);
-    if (out != nullptr) *out = text;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+// What one program run left behind.
+struct Outcome {
+    int status = -1;  // exit status; -1 when the program didn't exit normally
+    std::string out;
+    std::string err;
+
+    std::vector<std::string> lines() const {
+        std::vector<std::string> found;
+        std::istringstream in(out);
+        for (std::string line; std::getline(in, line);) found.push_back(line);
+        return found;
+    }
+};
+
+inline std::string shell_quoted(const std::string &arg) {
+    std::string quoted = "'";
+    for (const char c : arg) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+// Runs a program (looked up on PATH) with the arguments in this process's
+// environment, so on the switch database of the test program (ZONE_SIM_DB,
+// set by the fixture), keeping standard error apart.
+inline Outcome run_program(const std::string &program, const std::vector<std::string> &args) {
+    Outcome run;
+    char err_name[] = "/tmp/zonetest-err.XXXXXX";
+    const int err_fd = mkstemp(err_name);
+    if (err_fd < 0) {
+        ADD_FAILURE() << "can't make a file for standard error";
+        return run;
+    }
+    close(err_fd);
+    std::string command = shell_quoted(program);
+    for (const std::string &arg : args) command += " " + shell_quoted(arg);
+    command += std::string(" 2>") + err_name;
+    if (FILE *pipe = popen(command.c_str(), "r"); pipe != nullptr) {
+        char buffer[4096];
+        for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+            run.out.append(buffer, n);
+        const int status = pclose(pipe);
+        run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    } else {
+        ADD_FAILURE() << "can't run " << command;
+    }
+    std::ostringstream err_text;
+    err_text << std::ifstream(err_name).rdbuf();
+    run.err = err_text.str();
+    unlink(err_name);
+    // In a sanitizer build a report of the program's own process must fail
+    // the test even where a failed exit status is what the test expects.
+    for (const char *report : {"Sanitizer", "runtime error:"})
+        EXPECT_EQ(run.err.find(report), std::string::npos) << command << "\n" << run.err;
+    return run;
+}
+
+inline Outcome zonecim(const std::vector<std::string> &args) {
+    return run_program(ZONECIM_PATH, args);
+}
+
+// The whole switch database as the fabric dump prints it.
+inline std::string fabric_dump() {
+    const Outcome run = zonecim({"fabric", "dump"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    return run.out;
 }
 
 // A path as text that ignores the host, the letter case of class and key
@@ -70,11 +124,78 @@ inline std::string canonical(const CMPIObjectPath *path) {
     return out;
 }
 
+// A path of the current request from its text ("root/cimv2:Class.Key=...";
+// references as quoted paths).
+inline CMPIObjectPath *parsed(const std::string &text) {
+    std::string error;
+    const auto path = cmpihost::parsePath(text, &error);
+    if (!path) ADD_FAILURE() << text << ": " << error;
+    return path ? *path : nullptr;
+}
+
+// The text of a zoning object's path, and of an association's between two
+// objects (references as quoted paths).
+inline std::string zoning_path(const std::string &cls, const std::string &id) {
+    return std::string(kNamespace) + ":" + cls + ".InstanceID=\"" + id + "\"";
+}
+inline std::string link_path(const std::string &cls, const std::string &role,
+                             const std::string &parent, const std::string &other_role,
+                             const std::string &child) {
+    auto quoted = [](const std::string &path) {
+        std::string out = "\"";
+        for (const char c : path) out += c == '"' ? std::string("\\\"") : std::string(1, c);
+        return out + "\"";
+    };
+    return std::string(kNamespace) + ":" + cls + "." + role + "=" + quoted(parent) + "," +
+           other_role + "=" + quoted(child);
+}
+
+// One input argument of a method: a string, a uint16 ("2"), a boolean
+// ("true"/"false") or a reference (the text of a path).
+struct Arg {
+    std::string name;
+    CMPIType type;
+    std::string text;
+};
+
+// The input arguments of a request, in the given order (the provider reads
+// them by position).
+inline CMPIArgs *method_args(cmpihost::Request &request, const std::vector<Arg> &args) {
+    CMPIArgs *in = request.newArgs();
+    for (const Arg &arg : args) {
+        CMPIValue value{};
+        if (arg.type == CMPI_string) {
+            cmpihost::addStringArg(in, arg.name, arg.text);
+        } else if (arg.type == CMPI_ref) {
+            cmpihost::addReferenceArg(in, arg.name, parsed(arg.text));
+        } else {
+            if (arg.type == CMPI_boolean) value.boolean = arg.text == "true";
+            if (arg.type == CMPI_uint16)
+                value.uint16 = static_cast<CMPIUint16>(std::stoi(arg.text));
+            cmpihost::addValueArg(in, arg.name, value, arg.type);
+        }
+    }
+    return in;
+}
+
 // The canonical text of a reference key (or property) of a path.
 inline std::string reference_key(const CMPIObjectPath *path, const char *name) {
     const CMPIData value = path->ft->getKey(path, name, nullptr);
     return value.type == CMPI_ref ? canonical(value.value.ref)
                                   : "<missing " + std::string(name) + ">";
+}
+
+// Texts of what a request delivered: paths for object paths, the instance's
+// own path for instances.
+inline std::vector<std::string> delivered_paths(const cmpihost::Request &request) {
+    std::vector<std::string> texts;
+    for (const cmpihost::Delivery &d : request.deliveries()) {
+        if (d.kind == cmpihost::Delivery::Kind::ObjectPath)
+            texts.push_back(canonical(d.path));
+        else if (d.kind == cmpihost::Delivery::Kind::Instance)
+            texts.push_back(canonical(d.instance->ft->getObjectPath(d.instance, nullptr)));
+    }
+    return texts;
 }
 
 class SwitchTest : public ::testing::Test {
@@ -92,10 +213,11 @@ class SwitchTest : public ::testing::Test {
         provider_.reset();
         std::filesystem::remove_all(directory_);
     }
-    void SetUp() override { load_fabric(std::string(ZONE_SOURCE_DIR) + "/examples/fabric.json"); }
+    void SetUp() override { load_fabric(kExampleFabric); }
 
     static void load_fabric(const std::string &file) {
-        ASSERT_EQ(run_zonecim({"fabric", "load", file}), 0) << "fabric load " << file;
+        const Outcome run = zonecim({"fabric", "load", file});
+        ASSERT_EQ(run.status, 0) << "fabric load " << file << "\n" << run.err;
     }
 
     const cmpihost::Provider &provider() const { return *provider_; }
@@ -104,34 +226,21 @@ class SwitchTest : public ::testing::Test {
         return request.newObjectPath(kNamespace, cls);
     }
 
-    CMPIObjectPath *parse(const std::string &text) {
-        std::string error;
-        auto path = cmpihost::parsePath(text, &error);
-        EXPECT_TRUE(path.has_value()) << text << ": " << error;
-        return path ? *path : nullptr;
-    }
-
-    // Texts of what a request delivered: paths for object paths, the
-    // instance's own path for instances.
-    static std::vector<std::string> delivered_paths(const cmpihost::Request &request) {
-        std::vector<std::string> texts;
-        for (const cmpihost::Delivery &d : request.deliveries()) {
-            if (d.kind == cmpihost::Delivery::Kind::ObjectPath) {
-                texts.push_back(canonical(d.path));
-            } else if (d.kind == cmpihost::Delivery::Kind::Instance) {
-                CMPIObjectPath *path = d.instance->ft->getObjectPath(d.instance, nullptr);
-                texts.push_back(canonical(path));
-            }
-        }
-        return texts;
-    }
-
-    std::vector<std::string> names_of(const std::string &cls) {
-        cmpihost::Request request;
+    // The paths enumerateInstanceNames delivers for a class, owned by request.
+    std::vector<const CMPIObjectPath *> paths_of(cmpihost::Request &request,
+                                                 const std::string &cls) {
         QuietStdout quiet;
         const cmpihost::Status status =
             provider().enumInstanceNames(request, class_path(request, cls));
         EXPECT_EQ(status.rc, CMPI_RC_OK) << cls;
+        std::vector<const CMPIObjectPath *> paths;
+        for (const cmpihost::Delivery &d : request.deliveries()) paths.push_back(d.path);
+        return paths;
+    }
+
+    std::vector<std::string> names_of(const std::string &cls) {
+        cmpihost::Request request;
+        paths_of(request, cls);
         return delivered_paths(request);
     }
 

@@ -4,74 +4,13 @@
 // the fabric dump).
 #pragma once
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "switch_fixture.h"
 
 namespace zonetest {
-
-// What one zonecim run left behind.
-struct ZonecimRun {
-    int status = -1;  // exit status; -1 when the command didn't exit normally
-    std::string out;
-    std::string err;
-
-    std::vector<std::string> lines() const {
-        std::vector<std::string> found;
-        std::istringstream in(out);
-        for (std::string line; std::getline(in, line);) found.push_back(line);
-        return found;
-    }
-};
-
-inline std::string shell_quoted(const std::string &arg) {
-    std::string quoted = "'";
-    for (const char c : arg) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
-// Runs zonecim with the arguments on the switch database of the test program
-// (ZONE_SIM_DB is set by the fixture), keeping standard error apart.
-inline ZonecimRun zonecim(const std::vector<std::string> &args) {
-    ZonecimRun run;
-    char err_name[] = "/tmp/zonecim-flow-err.XXXXXX";
-    const int err_fd = mkstemp(err_name);
-    if (err_fd < 0) {
-        ADD_FAILURE() << "can't make a file for standard error";
-        return run;
-    }
-    close(err_fd);
-    std::string command = shell_quoted(ZONECIM_PATH);
-    for (const std::string &arg : args) command += " " + shell_quoted(arg);
-    command += std::string(" 2>") + err_name;
-
-    FILE *pipe = popen(command.c_str(), "r");
-    if (pipe != nullptr) {
-        char buffer[4096];
-        std::size_t n;
-        while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) run.out.append(buffer, n);
-        const int status = pclose(pipe);
-        run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    } else {
-        ADD_FAILURE() << "can't run " << command;
-    }
-    std::ifstream err_file(err_name);
-    std::ostringstream err_text;
-    err_text << err_file.rdbuf();
-    run.err = err_text.str();
-    unlink(err_name);
-    // In a sanitizer build a report of the command's own process must fail
-    // the test even where a failed exit status is what the test expects.
-    for (const char *report : {"Sanitizer", "runtime error:"})
-        EXPECT_EQ(run.err.find(report), std::string::npos) << command << "\n" << run.err;
-    return run;
-}
 
 // One line of cm output: "<target> <Method>: <text>[, <Out> (reference): <path>]".
 struct MethodAnswer {
@@ -91,15 +30,12 @@ inline MethodAnswer parse_method_answer(const std::string &method, std::string l
         return answer;
     }
     answer.target = line.substr(0, at);
-    std::string rest = line.substr(at + marker.size());
+    answer.text = line.substr(at + marker.size());
     static const std::string kReference = " (reference): ";
-    const std::size_t ref_at = rest.find(kReference);
-    if (ref_at == std::string::npos) {
-        answer.text = rest;
-        return answer;
-    }
-    answer.reference = rest.substr(ref_at + kReference.size());
-    const std::string head = rest.substr(0, ref_at);
+    const std::size_t ref_at = answer.text.find(kReference);
+    if (ref_at == std::string::npos) return answer;
+    answer.reference = answer.text.substr(ref_at + kReference.size());
+    const std::string head = answer.text.substr(0, ref_at);
     const std::size_t comma = head.rfind(", ");
     answer.text = head.substr(0, comma);
     answer.output = comma == std::string::npos ? "" : head.substr(comma + 2);
@@ -120,9 +56,7 @@ inline std::string instance_id_of(const std::string &path) {
 inline std::string active_copy(const std::string &path) {
     const std::size_t at = path.rfind("^0\"");
     if (at == std::string::npos) return "<not an editable path: " + path + ">";
-    std::string copy = path;
-    copy.replace(at, 3, "^1\"");
-    return copy;
+    return std::string(path).replace(at, 3, "^1\"");
 }
 
 inline bool listed(const std::vector<std::string> &lines, const std::string &line) {
@@ -162,36 +96,32 @@ class ZonecimSession : public SwitchTest {
     static inline const std::string kSettingLink = "root/cimv2:VORNA_ElementSettingData";
     static inline const std::string kHostedLink = "root/cimv2:VORNA_ZoneHostedCollection";
     static inline const std::string kDeviceAlias = "root/cimv2:VORNA_DeviceAlias";
+    static inline const std::string kServiceClass = "root/cimv2:VORNA_ZoneService";
 
     // The zone service of a VSAN, as enumerating the zone services prints it.
     std::string zone_service(int vsan) {
         const std::string tail = ",Name=\"" + std::to_string(vsan) + "\"";
-        for (const std::string &path : names("root/cimv2:VORNA_ZoneService"))
-            if (path.size() >= tail.size() && path.ends_with(tail)) return path;
+        for (const std::string &path : names(kServiceClass))
+            if (path.ends_with(tail)) return path;
         ADD_FAILURE() << "no zone service of VSAN " << vsan;
-        return "root/cimv2:VORNA_ZoneService.Name=\"" + std::to_string(vsan) + "\"";
+        return kServiceClass + ".Name=\"" + std::to_string(vsan) + "\"";
     }
 
-    // enumerateInstanceNames of a class: one path a line.
-    std::vector<std::string> names(const std::string &cls) {
-        const ZonecimRun run = zonecim({"ein", cls});
-        EXPECT_EQ(run.status, 0) << "ein " << cls << "\n" << run.err;
+    // A zonecim verb that must succeed; its lines.
+    std::vector<std::string> ok_lines(const std::vector<std::string> &args) {
+        const Outcome run = zonecim(args);
+        EXPECT_EQ(run.status, 0) << args.front() << " " << args.back() << "\n" << run.err;
         return run.lines();
     }
-
-    // enumerateInstances of a class: one "path properties" line per instance.
-    std::vector<std::string> instances(const std::string &cls) {
-        const ZonecimRun run = zonecim({"ei", cls});
-        EXPECT_EQ(run.status, 0) << "ei " << cls << "\n" << run.err;
-        return run.lines();
-    }
+    // enumerateInstanceNames: one path a line; enumerateInstances: one
+    // "path properties" line per instance.
+    std::vector<std::string> names(const std::string &cls) { return ok_lines({"ein", cls}); }
+    std::vector<std::string> instances(const std::string &cls) { return ok_lines({"ei", cls}); }
 
     // associatorNames of a path, restricted to neighbours of one class.
     std::vector<std::string> neighbours(const std::string &path, const std::string &cls) {
-        const ZonecimRun run = zonecim({"ain", path});
-        EXPECT_EQ(run.status, 0) << "ain " << path << "\n" << run.err;
         std::vector<std::string> found;
-        for (const std::string &line : run.lines())
+        for (const std::string &line : ok_lines({"ain", path}))
             if (line.rfind(cls + ".", 0) == 0) found.push_back(line);
         return sorted(found);
     }
@@ -201,8 +131,8 @@ class ZonecimSession : public SwitchTest {
         const std::string flag = active ? "Active=TRUE" : "Active=FALSE";
         for (const std::string &line : instances(cls)) {
             const std::string path = line.substr(0, line.find(' '));
-            if (of_vsan({path}, vsan).empty()) continue;
-            if (line.find("ElementName=\"" + name + "\"") != std::string::npos &&
+            if (!of_vsan({path}, vsan).empty() &&
+                line.find("ElementName=\"" + name + "\"") != std::string::npos &&
                 line.find(flag) != std::string::npos)
                 return path;
         }
@@ -210,18 +140,11 @@ class ZonecimSession : public SwitchTest {
         return cls + ".InstanceID=\"missing\"";
     }
 
-    // The whole switch database as the fabric dump prints it.
-    std::string database() {
-        const ZonecimRun run = zonecim({"fabric", "dump"});
-        EXPECT_EQ(run.status, 0) << run.err;
-        return run.out;
-    }
-
     // invokeMethod; call is "Method.Arg=value,...". The provider answered
-    // rc 0 and its return text comes back.
+    // rc 0, one line, and its return text comes back.
     MethodAnswer invoke(const std::string &target, const std::string &call) {
         const std::string method = call.substr(0, call.find('.'));
-        const ZonecimRun run = zonecim({"cm", target, call});
+        const Outcome run = zonecim({"cm", target, call});
         EXPECT_EQ(run.status, 0) << "cm " << call << "\n" << run.err;
         EXPECT_EQ(run.lines().size(), 1u) << run.out;
         const MethodAnswer answer = parse_method_answer(method, run.out);
@@ -229,7 +152,8 @@ class ZonecimSession : public SwitchTest {
         return answer;
     }
 
-    // A creation method that must succeed; the path of what it made.
+    // A method that must succeed; the path of the output reference named
+    // output (empty: a method without output).
     std::string create(const std::string &target, const std::string &call,
                        const std::string &output) {
         const MethodAnswer answer = invoke(target, call);
@@ -237,19 +161,24 @@ class ZonecimSession : public SwitchTest {
         EXPECT_EQ(answer.output, output) << call;
         return answer.reference;
     }
-
-    // A change method without output that must succeed.
-    void change(const std::string &target, const std::string &call) {
-        const MethodAnswer answer = invoke(target, call);
-        EXPECT_EQ(answer.text, "Success") << call;
-        EXPECT_EQ(answer.output, "") << call;
-    }
+    void change(const std::string &target, const std::string &call) { create(target, call, ""); }
 
     // deleteInstance that must succeed: nothing on standard output.
     void remove(const std::string &path) {
-        const ZonecimRun run = zonecim({"di", path});
+        const Outcome run = zonecim({"di", path});
         EXPECT_EQ(run.status, 0) << "di " << path << "\n" << run.err;
         EXPECT_EQ(run.out, "") << path;
+    }
+
+    // A request zonecim turns away: a non-zero exit, nothing on standard
+    // output, the reason on standard error, the switch as before.
+    void refused(const std::vector<std::string> &args, const std::string &reason) {
+        const std::string before = fabric_dump();
+        const Outcome run = zonecim(args);
+        EXPECT_NE(run.status, 0);
+        EXPECT_EQ(run.out, "");
+        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
+        EXPECT_EQ(fabric_dump(), before);
     }
 };
 

@@ -9,10 +9,11 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <map>
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "host/cmpihost.h"
@@ -30,6 +31,13 @@ void fill_record(Record &record, const std::string &id) {
     std::snprintf(record.name, sizeof record.name, "name-%s", id.c_str());
 }
 
+// A member's text is its label and its InstanceID its member form.
+inline void fill_record(ZoneMemberRecord &member, const std::string &label) {
+    std::snprintf(member.instance_id, sizeof member.instance_id, "1^1^%s^0", label.c_str());
+    member.cim_member_type = 1;
+    std::snprintf(member.member_value, sizeof member.member_value, "%s", label.c_str());
+}
+
 // An array of records as the queries for all objects of a VSAN hand it back.
 template <typename Record>
 Record *record_array(const std::vector<std::string> &ids) {
@@ -44,15 +52,11 @@ Record *single_record(const std::string &id) {
     return record_array<Record>({id});
 }
 
-// A linked list of members, each node its own heap block; the member text
-// is the label, the InstanceID its member form.
+// A linked list of members, each node its own heap block.
 inline ZoneMemberRecord *member_list(const std::vector<std::string> &labels) {
     ZoneMemberRecord *head = nullptr;
     for (auto it = labels.rbegin(); it != labels.rend(); ++it) {
-        auto *node = static_cast<ZoneMemberRecord *>(std::calloc(1, sizeof(ZoneMemberRecord)));
-        std::snprintf(node->instance_id, sizeof node->instance_id, "1^1^%s^0", it->c_str());
-        node->cim_member_type = 1;
-        std::snprintf(node->member_value, sizeof node->member_value, "%s", it->c_str());
+        ZoneMemberRecord *node = single_record<ZoneMemberRecord>(*it);
         node->next = head;
         head = node;
     }
@@ -74,25 +78,23 @@ inline auto walk_vsans(std::vector<int> vsans) {
     };
 }
 
-// A query for all objects of a VSAN that answers with an array. The pointer
-// must have been cleared before the call.
+// A query for all objects of a VSAN: an array of records, or for members a
+// linked list. The pointer must have been cleared before the call.
 template <typename Record>
 auto hand_back_array(std::vector<std::string> ids) {
     return [ids](int, int, int *count, Record **records) {
         EXPECT_EQ(*records, nullptr);
         *count = static_cast<int>(ids.size());
-        *records = record_array<Record>(ids);
+        if constexpr (std::is_same_v<Record, ZoneMemberRecord>)
+            *records = member_list(ids);
+        else
+            *records = record_array<Record>(ids);
         return 0;
     };
 }
 
 inline auto hand_back_members(std::vector<std::string> labels) {
-    return [labels](int, int, int *count, ZoneMemberRecord **list) {
-        EXPECT_EQ(*list, nullptr);
-        *count = static_cast<int>(labels.size());
-        *list = member_list(labels);
-        return 0;
-    };
+    return hand_back_array<ZoneMemberRecord>(std::move(labels));
 }
 
 // A by-InstanceID query that finds the record.
@@ -140,9 +142,9 @@ class LabelledObjects {
     std::string kinds() const {
         std::string out;
         for (const cmpihost::Delivery &d : request_.deliveries())
-            out += d.kind == cmpihost::Delivery::Kind::Instance     ? "I"
-                   : d.kind == cmpihost::Delivery::Kind::ObjectPath ? "P"
-                                                                    : "D";
+            out += d.kind == cmpihost::Delivery::Kind::Instance     ? 'I'
+                   : d.kind == cmpihost::Delivery::Kind::ObjectPath ? 'P'
+                                                                    : 'D';
         return out;
     }
 
