@@ -1,235 +1,120 @@
 // CreateZoneSet, CreateZone and CreateZoneAlias: what reaches the zone
-// server, what comes back to the client (output reference, own return
-// value), and every refusal, which must leave the zone server alone.
+// server (VSAN, type, name cut to 253 characters), what comes back to the
+// client (output reference, own return value, nothing on failure), the
+// release of a record handed back with a failure, and every argument
+// refusal, which must leave the zone server alone.
 #include "methods/method_fixture.h"
-
-using ::testing::_;
-using ::testing::DoAll;
-using ::testing::Invoke;
-using ::testing::Return;
-using ::testing::SetArgPointee;
-using ::testing::StrEq;
 
 namespace {
 
 using namespace method_test;
 
-struct CreationCase {
+struct Creation {
     const char *method;
     Handler handler;
     int required_count;
     int object_type;
-    const char *class_name;
-    const char *output_name;
-    std::vector<Returned> own_return;
-    const char *success_trace;    // printed when "fabricA" is created
-    const char *null_name_trace;  // printed when position 0 holds a null value
+    const char *class_name;     // output argument: the name without "VORNA_"
+    const char *own_return;     // null: none
+    const char *named_trace;    // printed when "fabricA" is created
+    const char *unnamed_trace;  // printed when position 0 holds a null value
+};
+const Creation kCreations[] = {
+    {"CreateZoneSet", ZoneSetCreation, 1, 1, "VORNA_ZoneSet", "uint32 0",
+     "ZoneProvider:: invokeMethod(): zoneset name is fabricA \n",
+     "ZoneProvider:: invokeMethod(): No Zoneset name specified\n"},
+    {"CreateZone", ZoneCreation, 3, 0, "VORNA_Zone", nullptr, "zone name is fabricA \n",
+     "No Zone name specified\n"},
+    {"CreateZoneAlias", ZoneAliasCreation, 1, 2, "VORNA_ZoneAlias", "sint32 0",
+     "ZoneAliasCreation: Enter", "Bad input parameter!"},
 };
 
-std::vector<CreationCase> creationCases() {
-    return {
-        {"CreateZoneSet",
-         ZoneSetCreation,
-         1,
-         1,
-         "VORNA_ZoneSet",
-         "ZoneSet",
-         {uint32Zero()},
-         "ZoneProvider:: invokeMethod(): zoneset name is fabricA \n",
-         "ZoneProvider:: invokeMethod(): No Zoneset name specified\n"},
-        {"CreateZone",
-         ZoneCreation,
-         3,
-         0,
-         "VORNA_Zone",
-         "Zone",
-         {},
-         "zone name is fabricA \n",
-         "No Zone name specified\n"},
-        {"CreateZoneAlias",
-         ZoneAliasCreation,
-         1,
-         2,
-         "VORNA_ZoneAlias",
-         "ZoneAlias",
-         {sint32Zero()},
-         "ZoneAliasCreation: Enter",
-         "Bad input parameter!"},
-    };
-}
-
-class CreateObjectsTest : public MethodTest<> {
+class CreateObjectsTest : public MethodTest {
   protected:
-    // Arguments of the required count; position 0 holds the name.
-    CMPIArgs *argsWithName(const CreationCase &c, const std::string &name) {
-        CMPIArgs *in = args();
-        cmpihost::addStringArg(in, "Name", name);
-        for (int i = 1; i < c.required_count; ++i)
-            cmpihost::addStringArg(in, "Extra" + std::to_string(i), "ignored");
-        return in;
+    // The required count of arguments: `first` at position 0, then texts.
+    CMPIArgs *argsWith(const Creation &c, Arg first) {
+        std::vector<Arg> list{std::move(first)};
+        while (static_cast<int>(list.size()) < c.required_count) list.push_back(str("ignored"));
+        return argsOf(list);
     }
 
-    // The builder of the case's class, answering with a path made here.
-    void expectReference(const CreationCase &c, void *record, CMPIObjectPath *path) {
-        switch (c.object_type) {
-            case 1:
-                EXPECT_CALL(platform,
-                            zone_set_fill_reference(StrEq(c.class_name), StrEq("root/cimv2"),
-                                                    static_cast<ZoneSetRecord *>(record), _broker))
-                    .WillOnce(Return(path));
-                break;
-            case 0:
-                EXPECT_CALL(platform,
-                            zone_fill_reference(StrEq(c.class_name), StrEq("root/cimv2"),
-                                                static_cast<ZoneRecord *>(record), _broker))
-                    .WillOnce(Return(path));
-                break;
-            default:
-                EXPECT_CALL(platform, zone_alias_fill_reference(
-                                          StrEq(c.class_name), StrEq("root/cimv2"),
-                                          static_cast<ZoneAliasRecord *>(record), _broker))
-                    .WillOnce(Return(path));
-        }
-    }
-
-    void *newObjectRecord(const CreationCase &c) {
-        if (c.object_type == 1) return newRecord<ZoneSetRecord>("zs-id", "fabricA");
-        return newRecord<ZoneRecord>("z-id", "fabricA");
+    // The builder of the case's class is given the record, answers `path`.
+    void builds(const Creation &c, void *record, CMPIObjectPath *path) {
+        const auto cls = StrEq(c.class_name);
+        const auto ns = StrEq("root/cimv2");
+        if (c.object_type == 1)
+            EXPECT_CALL(platform, zone_set_fill_reference(
+                                      cls, ns, static_cast<ZoneSetRecord *>(record), _broker))
+                .WillOnce(Return(path));
+        else if (c.object_type == 0)
+            EXPECT_CALL(platform,
+                        zone_fill_reference(cls, ns, static_cast<ZoneRecord *>(record), _broker))
+                .WillOnce(Return(path));
+        else
+            EXPECT_CALL(platform, zone_alias_fill_reference(
+                                      cls, ns, static_cast<ZoneAliasRecord *>(record), _broker))
+                .WillOnce(Return(path));
     }
 };
 
+// Three ways a creation ends, in VSANs "12x" (read as 12: the conversion
+// stops at the first non-digit), 4096 and 1, the last and first accepted:
+// - the reference is built and handed back with the method's own value;
+// - the builder can't make the path: no output is added (the object exists
+//   all the same, and a null reference would tell the client nothing);
+// - the zone server refuses: its code is passed through, a record handed
+//   back with the refusal is released, nothing is returned. The name given
+//   is cut to 253 characters.
 TEST_F(CreateObjectsTest, CreatesInTheZoneServiceVsanAndHandsBackAReferenceInRootCimv2) {
-    for (const CreationCase &c : creationCases()) {
-        SCOPED_TRACE(c.method);
-        output = request.newArgs();
-        const size_t delivered_before = returned().size();
-        void *record = newObjectRecord(c);
-        CMPIObjectPath *built = pathIn("root/cimv2", c.class_name);
-        EXPECT_CALL(platform, zs_cim_create_zoning_object(kQueue, 1, 12, c.object_type,
-                                                          StrEq("fabricA"), _, _))
-            .WillOnce(DoAll(SetArgPointee<5>(record), Return(0)));
-        expectReference(c, record, built);
+    const std::string long_name(300, 'n');
+    for (const Creation &c : kCreations) {
+        for (const int vsan : {12, 4096, 1}) {
+            const bool built = vsan == 12, refused = vsan == 1;
+            SCOPED_TRACE(std::string(c.method) + " in " + std::to_string(vsan));
+            output = request.newArgs();
+            std::vector<std::string> expected = returned();
+            void *record = newRecord<ZoneSetRecord>("id");
+            const std::string name = refused ? long_name : "fabricA";
+            EXPECT_CALL(platform, zs_cim_create_zoning_object(kQueue, 1, vsan, c.object_type,
+                                                              StrEq(name.substr(0, 253)), _, _))
+                .WillOnce(DoAll(SetArgPointee<5>(record), SetArgPointee<6>(refused ? 4 : 0),
+                                Return(refused ? 1 : 0)));
+            if (!refused) builds(c, record, built ? pathIn("root/cimv2", c.class_name) : nullptr);
 
-        testing::internal::CaptureStdout();
-        // "12x" reads as VSAN 12: the conversion stops at the first non-digit.
-        const int outcome = call(c.handler, zoneService("12x"), argsWithName(c, "fabricA"));
-        const std::string trace = testing::internal::GetCapturedStdout();
-
-        EXPECT_EQ(outcome, 0);
-        ASSERT_EQ(outputCount(), 1u);
-        const auto ref = outputRef();
-        EXPECT_EQ(ref.name, c.output_name);
-        EXPECT_EQ(ref.type, CMPI_ref);
-        EXPECT_EQ(ref.ns, "root/cimv2");
-        EXPECT_EQ(ref.cls, c.class_name);
-        const std::vector<Returned> all = returned();
-        EXPECT_EQ(std::vector<Returned>(all.begin() + delivered_before, all.end()), c.own_return);
-        EXPECT_EQ(request.doneCount(), 0);
-        EXPECT_THAT(trace, testing::HasSubstr(c.success_trace));
-        testing::Mock::VerifyAndClearExpectations(&platform);
-    }
-}
-
-TEST_F(CreateObjectsTest, AcceptsVsansOneToFourThousandNinetySixAndRefusesTheRest) {
-    for (const CreationCase &c : creationCases()) {
-        SCOPED_TRACE(c.method);
-        for (const char *accepted : {"1", "4096"}) {
-            EXPECT_CALL(platform, zs_cim_create_zoning_object(kQueue, 1, std::atoi(accepted),
-                                                              c.object_type, _, _, _))
-                .WillOnce(DoAll(SetArgPointee<6>(24), Return(-1)));
-            EXPECT_EQ(call(c.handler, zoneService(accepted), argsWithName(c, "n")), 24);
+            const std::string key = built ? "12x" : std::to_string(vsan);
+            EXPECT_EQ(call(c.handler, zoneService(key), argsWith(c, str(name))), refused ? 4 : 0);
+            EXPECT_EQ(outputCount(), built ? 1u : 0u);
+            EXPECT_EQ(outputRef(),
+                      built ? std::string(c.class_name).substr(6) + " -> root/cimv2:" + c.class_name
+                            : "no reference");
+            if (c.own_return != nullptr && !refused) expected.push_back(c.own_return);
+            EXPECT_EQ(returned(), expected);
+            EXPECT_EQ(request.doneCount(), 0);
+            if (!refused) {
+                EXPECT_THAT(trace, HasSubstr(c.named_trace));
+            }
+            testing::Mock::VerifyAndClearExpectations(&platform);
         }
-        // Refused before anything else is looked at: the strict double sees
-        // no call, whatever the arguments.
-        for (const std::string &refused : refusedVsanTexts())
-            EXPECT_EQ(call(c.handler, zoneService(refused), argsWithName(c, "n")),
-                      ZONE_SERVICE_KEY_REFUSAL)
-                << refused;
-        EXPECT_EQ(call(c.handler, keylessZoneService(), argsWithName(c, "n")),
-                  ZONE_SERVICE_KEY_REFUSAL);
-        EXPECT_EQ(call(c.handler, nullptr, argsWithName(c, "n")), ZONE_SERVICE_KEY_REFUSAL);
-        // A "Name" key that holds no text is no VSAN either.
-        CMPIObjectPath *numeric = keylessZoneService();
-        const CMPIUint16 twelve = 12;
-        CMAddKey(numeric, "Name", &twelve, CMPI_uint16);
-        EXPECT_EQ(call(c.handler, numeric, argsWithName(c, "n")), ZONE_SERVICE_KEY_REFUSAL);
-        testing::Mock::VerifyAndClearExpectations(&platform);
     }
-    EXPECT_TRUE(returned().empty());
-    EXPECT_EQ(outputCount(), 0u);
 }
 
 TEST_F(CreateObjectsTest, RefusesBadArgumentsWithOutcomeTwoAndCreatesNothing) {
-    for (const CreationCase &c : creationCases()) {
+    for (const Creation &c : kCreations) {
         SCOPED_TRACE(c.method);
         CMPIObjectPath *target = zoneService("5");
-        // Wrong counts: one fewer, one more, none; and no args object at all.
-        CMPIArgs *fewer = args();
-        for (int i = 0; i + 1 < c.required_count; ++i)
-            cmpihost::addStringArg(fewer, "A" + std::to_string(i), "n");
-        CMPIArgs *more = argsWithName(c, "n");
-        cmpihost::addStringArg(more, "Surplus", "n");
-        EXPECT_EQ(call(c.handler, target, fewer), 2);
-        EXPECT_EQ(call(c.handler, target, more), 2);
+        // Wrong counts: one fewer, one more, none.
+        EXPECT_EQ(call(c.handler, target, argsOf(std::vector(c.required_count - 1, str("n")))), 2);
+        EXPECT_EQ(call(c.handler, target, argsOf(std::vector(c.required_count + 1, str("n")))), 2);
         EXPECT_EQ(call(c.handler, target, args()), 2);
-        EXPECT_EQ(call(c.handler, target, nullptr), 2);
-
         // An empty name, a name of another type, a null name.
-        EXPECT_EQ(call(c.handler, target, argsWithName(c, "")), 2);
-        CMPIArgs *numeric = args();
-        CMPIValue number{};
-        number.uint16 = 7;
-        cmpihost::addValueArg(numeric, "Name", number, CMPI_uint16);
-        for (int i = 1; i < c.required_count; ++i)
-            cmpihost::addStringArg(numeric, "Extra" + std::to_string(i), "x");
-        EXPECT_EQ(call(c.handler, target, numeric), 2);
-        CMPIArgs *null_name = args();
-        CMPIValue none{};
-        cmpihost::addValueArg(null_name, "Name", none, CMPI_string);
-        for (int i = 1; i < c.required_count; ++i)
-            cmpihost::addStringArg(null_name, "Extra" + std::to_string(i), "x");
-        testing::internal::CaptureStdout();
-        EXPECT_EQ(call(c.handler, target, null_name), 2);
-        const std::string trace = testing::internal::GetCapturedStdout();
-        EXPECT_THAT(trace, testing::HasSubstr(c.null_name_trace));
+        EXPECT_EQ(call(c.handler, target, argsWith(c, str(""))), 2);
+        EXPECT_EQ(call(c.handler, target, argsWith(c, u16(7))), 2);
+        EXPECT_EQ(call(c.handler, target, argsWith(c, nullOf(CMPI_string))), 2);
+        EXPECT_THAT(trace, HasSubstr(c.unnamed_trace));
     }
     EXPECT_TRUE(returned().empty());
     EXPECT_EQ(outputCount(), 0u);
     EXPECT_EQ(request.doneCount(), 0);
-}
-
-TEST_F(CreateObjectsTest, CutsLongNamesTo253Characters) {
-    const std::string long_name(300, 'n');
-    for (const CreationCase &c : creationCases()) {
-        SCOPED_TRACE(c.method);
-        EXPECT_CALL(platform, zs_cim_create_zoning_object(kQueue, 1, 9, c.object_type,
-                                                          StrEq(long_name.substr(0, 253)), _, _))
-            .WillOnce(DoAll(SetArgPointee<6>(4), Return(-1)));
-        EXPECT_EQ(call(c.handler, zoneService("9"), argsWithName(c, long_name)), 4);
-    }
-}
-
-TEST_F(CreateObjectsTest, PassesTheZoneServerRefusalThroughAndTouchesNoOutput) {
-    for (const CreationCase &c : creationCases()) {
-        SCOPED_TRACE(c.method);
-        // A record handed back together with a failure is still released.
-        EXPECT_CALL(platform, zs_cim_create_zoning_object(kQueue, 1, 3, c.object_type, _, _, _))
-            .WillOnce(DoAll(SetArgPointee<5>(newObjectRecord(c)), SetArgPointee<6>(4), Return(1)));
-        EXPECT_EQ(call(c.handler, zoneService("3"), argsWithName(c, "dup")), 4);
-    }
-    EXPECT_TRUE(returned().empty());
-    EXPECT_EQ(outputCount(), 0u);
-}
-
-TEST_F(CreateObjectsTest, AddsNoOutputWhenTheBuilderCannotMakeThePath) {
-    const CreationCase c = creationCases()[0];
-    void *record = newObjectRecord(c);
-    EXPECT_CALL(platform, zs_cim_create_zoning_object(kQueue, 1, 3, 1, _, _, _))
-        .WillOnce(DoAll(SetArgPointee<5>(record), Return(0)));
-    expectReference(c, record, nullptr);
-    EXPECT_EQ(call(c.handler, zoneService("3"), argsWithName(c, "zs")), 0);
-    EXPECT_EQ(outputCount(), 0u);
-    EXPECT_EQ(returned(), std::vector<Returned>{uint32Zero()});
 }
 
 }  // namespace
