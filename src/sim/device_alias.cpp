@@ -27,8 +27,10 @@
 #include "sim/records.h"
 #include "sim/sim_errors.h"
 
+// The aliases are shared with the database's snapshot, which keeps them
+// for as long as no alias changes.
 struct ddas_iterator {
-    std::vector<zonesim::DeviceAlias> entries;
+    std::shared_ptr<const std::vector<zonesim::DeviceAlias>> aliases;
     std::size_t next = 0;
 };
 
@@ -77,7 +79,7 @@ int openWalk(int queue, void **first, ddas_iterator **iterator) {
     if (first != nullptr) *first = nullptr;
     auto walk = std::make_unique<ddas_iterator>();
     int code = withStore(queue, false, [&](Store &store) {
-        walk->entries = store.deviceAliases();
+        walk->aliases = store.deviceAliasList();
         return kOk;
     });
     if (code != kOk) return code;
@@ -190,15 +192,15 @@ int ddas_api_get_all_device_alias_entries(int queue, void **first, ddas_iterator
 int ddas_api_iter_get_num_entries(ddas_iterator *iterator, int *count) {
     if (injectFault(__func__)) return kInjectedFault;
     if (!isCurrentWalk(iterator) || count == nullptr) return kErrInvalidArgument;
-    *count = static_cast<int>(iterator->entries.size());
+    *count = static_cast<int>(iterator->aliases->size());
     return kOk;
 }
 
 int ddas_api_iter_get_next_device_alias_entry(ddas_iterator *iterator, DeviceAliasEntry *entry) {
     if (injectFault(__func__)) return kInjectedFault;
     if (!isCurrentWalk(iterator) || entry == nullptr) return kErrInvalidArgument;
-    if (iterator->next >= iterator->entries.size()) return kErrNotFound;
-    fillEntry(entry, iterator->entries[iterator->next++]);
+    if (iterator->next >= iterator->aliases->size()) return kErrNotFound;
+    fillEntry(entry, (*iterator->aliases)[iterator->next++]);
     return kOk;
 }
 

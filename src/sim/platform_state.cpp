@@ -77,8 +77,8 @@ void endSessionOfRequest() {
     t_request.session.reset();
 }
 
-// Inside a request, the database joins the request's session (a request
-// that meets another database, ZONE_SIM_DB having changed, moves to it).
+// Inside a request, the database of its first platform call becomes the
+// request's session.
 void joinSession(const std::shared_ptr<Store> &store) {
     if (!t_request.open || t_request.session == store) return;
     endSessionOfRequest();
@@ -88,12 +88,28 @@ void joinSession(const std::shared_ptr<Store> &store) {
 
 }  // namespace
 
+namespace {
+
+// A request works on one switch from its first platform call to its end:
+// ZONE_SIM_DB is read again by the next request. (It also spares every
+// platform call of a request the process-wide lock and the environment.)
+Store *sessionStoreOfRequest() {
+    return t_request.open ? t_request.session.get() : nullptr;
+}
+
+}  // namespace
+
 int withStoreNoQueue(bool write, const std::function<int(Store &)> &fn) {
     return guarded([&] {
-        int code = 0;
-        std::shared_ptr<Store> store = currentStore(&code);
-        if (!store) return code;
-        joinSession(store);
+        std::shared_ptr<Store> held;
+        Store *store = sessionStoreOfRequest();
+        if (store == nullptr) {
+            int code = 0;
+            held = currentStore(&code);
+            if (!held) return code;
+            joinSession(held);
+            store = held.get();
+        }
         auto work = [&] { return fn(*store); };
         return write ? store->write(work) : store->read(work);
     });

@@ -120,6 +120,16 @@ class RecordArray {
     RecordArray(const RecordArray &) = delete;
     RecordArray &operator=(const RecordArray &) = delete;
 
+    // Room for n zeroed records in one block, when the count is known
+    // before the rows come (the array must still be empty); false when out
+    // of memory.
+    bool reserve(std::size_t n) {
+        if (records_ != nullptr || n == 0) return true;
+        records_ = static_cast<Record *>(std::calloc(n, sizeof(Record)));
+        if (records_ == nullptr) return false;
+        capacity_ = n;
+        return true;
+    }
     // A new zeroed record at the end; null when out of memory.
     Record *add() {
         if (size_ == capacity_ && !grow()) return nullptr;

@@ -457,8 +457,35 @@ void Store::endSession() {
 void Store::endSessionRead() {
     if (!session_read_open_) return;
     session_read_open_ = false;
-    snapshot_ = Snapshot{};
     if (control("COMMIT") != SQLITE_OK) control("ROLLBACK");
+}
+
+// What the last session read stays right for as long as nobody has
+// committed since: our own writes drop it (transact()), and SQLite's data
+// version tells whether another connection, in this process or another,
+// has committed. The version is read as the read transaction's first
+// statement, so it belongs to the very state the session then reads.
+void Store::keepOrDropSnapshot() {
+    std::int64_t version = -1;
+    try {
+        Query q = query("PRAGMA data_version");
+        if (q.next()) version = q.integer64(0);
+    } catch (const StoreFailure &) {
+        version = -1;
+    }
+    if (version < 0 || version != snapshot_.data_version) {
+        snapshot_ = Snapshot{};
+        snapshot_.data_version = version;
+        return;
+    }
+    // Kept listings serve this session too; what is not loaded yet waits
+    // again for this session's own second VSAN, so that a session asking
+    // about one VSAN never pays for the whole switch.
+    snapshot_.walk_steps = 0;
+    for (KindListing &listing : snapshot_.listings)
+        if (!listing.loaded) listing.first_vsan = 0;
+    if (!snapshot_.members.loaded) snapshot_.members.first_vsan = 0;
+    if (!snapshot_.relations.loaded) snapshot_.relations.lookups = 0;
 }
 
 // Nothing to commit or roll back for a read: a failed one leaves the
@@ -467,8 +494,8 @@ int Store::sessionRead(const std::function<int()> &fn) {
     if (!session_read_open_) {
         int rc = control("BEGIN");
         if (rc != SQLITE_OK) return failureCode(rc);
-        snapshot_ = Snapshot{};
         session_read_open_ = true;
+        keepOrDropSnapshot();
     }
     try {
         return fn();
@@ -485,6 +512,7 @@ int Store::transact(bool for_write, const std::function<int()> &fn) {
     } else {
         guard.lock();
     }
+    if (for_write) snapshot_ = Snapshot{};
     int rc = control(for_write ? "BEGIN IMMEDIATE" : "BEGIN");
     if (rc != SQLITE_OK) return failureCode(rc);
     int code = 0;
@@ -707,6 +735,12 @@ std::vector<ZoningObject> Store::objects(int vsan, bool active, ObjectKind kind)
 }
 
 bool Store::object(int vsan, bool active, ObjectKind kind, int number, ZoningObject *out) {
+    if (const Relations *relations = snapshotRelations()) {
+        auto found = relations->by_number.find(objectKey(vsan, active, number));
+        if (found == relations->by_number.end() || found->second->kind != kind) return false;
+        if (out != nullptr) *out = *found->second;
+        return true;
+    }
     Query q = query(
         "SELECT id, vsan, active, kind, number, name FROM zobject "
         "WHERE vsan = ? AND active = ? AND number = ? AND kind = ?");
@@ -728,6 +762,8 @@ bool Store::objectByName(int vsan, bool active, ObjectKind kind, const std::stri
 }
 
 std::vector<ZoningObject> Store::children(const ZoningObject &parent) {
+    if (const Relations *relations = snapshotRelations())
+        return relatedObjects(relations->children, parent.row);
     Query q = query(
         "SELECT o.id, o.vsan, o.active, o.kind, o.number, o.name FROM zlink l "
         "JOIN zobject o ON o.id = l.child WHERE l.parent = ? ORDER BY l.id");
@@ -738,6 +774,8 @@ std::vector<ZoningObject> Store::children(const ZoningObject &parent) {
 }
 
 std::vector<ZoningObject> Store::parents(const ZoningObject &child) {
+    if (const Relations *relations = snapshotRelations())
+        return relatedObjects(relations->parents, child.row);
     Query q = query(
         "SELECT o.id, o.vsan, o.active, o.kind, o.number, o.name FROM zlink l "
         "JOIN zobject o ON o.id = l.parent WHERE l.child = ? ORDER BY l.id");
@@ -748,6 +786,14 @@ std::vector<ZoningObject> Store::parents(const ZoningObject &child) {
 }
 
 std::vector<Member> Store::members(const ZoningObject &parent) {
+    if (const Relations *relations = snapshotRelations()) {
+        std::vector<Member> out;
+        auto found = relations->members.find(parent.row);
+        if (found == relations->members.end()) return out;
+        out.reserve(found->second.size());
+        for (const Member *member : found->second) out.push_back(*member);
+        return out;
+    }
     Query q = query(
         "SELECT m.id, m.vsan, m.active, m.code, m.value, m.cim_type, m.id_text, "
         "m.value_text, m.match_key FROM mlink l JOIN member m ON m.id = l.member "
@@ -758,6 +804,47 @@ std::vector<Member> Store::members(const ZoningObject &parent) {
     return out;
 }
 
+bool Store::objectRow(int vsan, bool active, ObjectKind kind, int number, std::int64_t *row) {
+    if (const Relations *relations = snapshotRelations()) {
+        auto found = relations->by_number.find(objectKey(vsan, active, number));
+        if (found == relations->by_number.end() || found->second->kind != kind) return false;
+        *row = found->second->row;
+        return true;
+    }
+    ZoningObject object;
+    if (!this->object(vsan, active, kind, number, &object)) return false;
+    *row = object.row;
+    return true;
+}
+
+void Store::forEachRelative(std::int64_t row, Relative relative,
+                            const std::function<void(const ZoningObject &)> &fn) {
+    if (const Relations *relations = snapshotRelations()) {
+        const auto &links = relative == Relative::Child ? relations->children : relations->parents;
+        auto found = links.find(row);
+        if (found == links.end()) return;
+        for (const ZoningObject *related : found->second) fn(*related);
+        return;
+    }
+    ZoningObject object;
+    object.row = row;
+    for (const ZoningObject &related :
+         relative == Relative::Child ? children(object) : parents(object))
+        fn(related);
+}
+
+void Store::forEachMemberOf(std::int64_t row, const std::function<void(const Member &)> &fn) {
+    if (const Relations *relations = snapshotRelations()) {
+        auto found = relations->members.find(row);
+        if (found == relations->members.end()) return;
+        for (const Member *member : found->second) fn(*member);
+        return;
+    }
+    ZoningObject parent;
+    parent.row = row;
+    for (const Member &member : members(parent)) fn(member);
+}
+
 std::vector<Member> Store::allMembers(int vsan, bool active) {
     Query q = query(
         "SELECT id, vsan, active, code, value, cim_type, id_text, value_text, match_key "
@@ -766,6 +853,67 @@ std::vector<Member> Store::allMembers(int vsan, bool active) {
     std::vector<Member> out;
     while (q.next()) out.push_back(memberFromRow(q));
     return out;
+}
+
+const Store::Relations *Store::snapshotRelations() {
+    if (!session_read_open_) return nullptr;
+    Relations &relations = snapshot_.relations;
+    if (!relations.loaded) {
+        if (++relations.lookups <= kRelationLookupsBeforeLoading) return nullptr;
+        loadRelations(&relations);
+    }
+    return &relations;
+}
+
+std::vector<ZoningObject> Store::relatedObjects(
+    const std::unordered_map<std::int64_t, std::vector<const ZoningObject *>> &links,
+    std::int64_t row) {
+    std::vector<ZoningObject> out;
+    auto found = links.find(row);
+    if (found == links.end()) return out;
+    out.reserve(found->second.size());
+    for (const ZoningObject *related : found->second) out.push_back(*related);
+    return out;
+}
+
+// Links come in the order they were made, as the lookups one by one list
+// them.
+void Store::loadRelations(Relations *relations) {
+    Relations loaded;
+    {
+        Query q = query("SELECT id, vsan, active, kind, number, name FROM zobject");
+        while (q.next()) {
+            ZoningObject object = objectFromRow(q);
+            const std::int64_t key = objectKey(object.vsan, object.active, object.number);
+            const std::int64_t row = object.row;
+            loaded.by_number[key] = &loaded.objects.emplace(row, std::move(object)).first->second;
+        }
+    }
+    {
+        Query q = query("SELECT parent, child FROM zlink ORDER BY id");
+        while (q.next()) {
+            const std::int64_t parent = q.integer64(0);
+            const std::int64_t child = q.integer64(1);
+            loaded.children[parent].push_back(&loaded.objects.at(child));
+            loaded.parents[child].push_back(&loaded.objects.at(parent));
+        }
+    }
+    {
+        Query q = query(
+            "SELECT id, vsan, active, code, value, cim_type, id_text, value_text, match_key "
+            "FROM member");
+        while (q.next()) {
+            Member member = memberFromRow(q);
+            loaded.member_rows.emplace(member.row, std::move(member));
+        }
+    }
+    {
+        Query q = query("SELECT parent, member FROM mlink ORDER BY id");
+        while (q.next())
+            loaded.members[q.integer64(0)].push_back(&loaded.member_rows.at(q.integer64(1)));
+    }
+    loaded.loaded = true;
+    *relations = std::move(loaded);
 }
 
 const Store::KindListing *Store::snapshotListing(int vsan, ObjectKind kind) {
@@ -806,6 +954,13 @@ void Store::loadListing(ObjectKind kind, KindListing *listing) {
     loaded.first_vsan = listing->first_vsan;
     loaded.loaded = true;
     *listing = std::move(loaded);
+}
+
+std::size_t Store::listedObjectCount(int vsan, bool active, ObjectKind kind) {
+    const KindListing *listing = snapshotListing(vsan, kind);
+    if (listing == nullptr) return 0;
+    auto found = listing->databases.find(databaseKey(vsan, active));
+    return found == listing->databases.end() ? 0 : found->second.size();
 }
 
 void Store::forEachObject(int vsan, bool active, ObjectKind kind,
@@ -1141,6 +1296,13 @@ std::vector<DeviceAlias> Store::deviceAliases() {
     std::vector<DeviceAlias> out;
     while (q.next()) out.push_back(DeviceAlias{q.text(0), q.wwn(1)});
     return out;
+}
+
+std::shared_ptr<const std::vector<DeviceAlias>> Store::deviceAliasList() {
+    if (session_read_open_ && snapshot_.device_aliases) return snapshot_.device_aliases;
+    auto aliases = std::make_shared<const std::vector<DeviceAlias>>(deviceAliases());
+    if (session_read_open_) snapshot_.device_aliases = aliases;
+    return aliases;
 }
 
 bool Store::deviceAliasByPwwn(const Wwn &pwwn, DeviceAlias *out) {

@@ -17,8 +17,11 @@
 // How it is used: every piece of work runs inside read() or write(), one
 // SQLite transaction each (a write takes the database's write lock at once),
 // except that the reads of a session share one (beginSession() below).
-// Nothing is cached between transactions, so another process that writes the
-// same file is seen by the next transaction. The methods below may be called
+// What sessions read of the switch, its VSAN table and its listings is kept
+// from one session to the next for as long as the file has not changed (our
+// own writes, or SQLite's data version moving when another connection or
+// process commits), so another process that writes the same file is seen
+// by the next transaction. The methods below may be called
 // only from inside the function given to read() or write(); the commands only
 // from write(). A Store serialises the threads that share it on an internal
 // lock. Methods that answer an int return 0 or a simulator error code
@@ -175,6 +178,13 @@ class Store {
     std::vector<ZoningObject> parents(const ZoningObject &child);
     // Members of a zone or alias, in the order they were added.
     std::vector<Member> members(const ZoningObject &parent);
+    // The same three questions for the walks, by row, each relative handed
+    // to fn as it is found (valid during the call only), without copies.
+    bool objectRow(int vsan, bool active, ObjectKind kind, int number, std::int64_t *row);
+    enum class Relative { Child, Parent };
+    void forEachRelative(std::int64_t row, Relative relative,
+                         const std::function<void(const ZoningObject &)> &fn);
+    void forEachMemberOf(std::int64_t row, const std::function<void(const Member &)> &fn);
     // All members of one database, in creation order.
     std::vector<Member> allMembers(int vsan, bool active);
 
@@ -197,6 +207,9 @@ class Store {
     void forEachObject(int vsan, bool active, ObjectKind kind,
                        const std::function<void(const ObjectRow &)> &fn);
     void forEachMember(int vsan, bool active, const std::function<void(const MemberRow &)> &fn);
+    // How many rows forEachObject() is about to list, when that is known
+    // without a query (the listing is in memory); 0 otherwise.
+    std::size_t listedObjectCount(int vsan, bool active, ObjectKind kind);
     bool member(int vsan, bool active, std::uint8_t code, const std::vector<std::uint8_t> &key,
                 Member *out);
     // Zones (parent_kind Zone) or aliases (Alias) holding the member.
@@ -221,6 +234,9 @@ class Store {
 
     // ---- Device aliases ----------------------------------------------------
     std::vector<DeviceAlias> deviceAliases();  // creation order
+    // The same, shared: inside a session, read once and kept while the file
+    // does not change.
+    std::shared_ptr<const std::vector<DeviceAlias>> deviceAliasList();
     bool deviceAliasByPwwn(const Wwn &pwwn, DeviceAlias *out);
     bool deviceAliasByName(const std::string &name, DeviceAlias *out);
     // Checks only (no change): kErrAlreadyPresent, kErrCapacity, kErrInvalidName.
@@ -246,6 +262,7 @@ class Store {
     // A read() inside the session of this thread.
     int sessionRead(const std::function<int()> &fn);
     void endSessionRead();
+    void keepOrDropSnapshot();
     // Runs a transaction control statement; an SQLite result code.
     int control(const char *sql);
     sqlite3_stmt *statement(const char *sql);
@@ -269,11 +286,11 @@ class Store {
     bool session_read_open_ = false;
     struct Statements;
     std::unique_ptr<Statements> statements_;
-    // What the open read transaction of the session has read of the switch
-    // and its VSAN table. That transaction sees one snapshot of the file, so
-    // the answers stay right until it ends (endSessionRead(): a write of this
-    // process, or the end of the session); what other processes write is
-    // seen by the next transaction, which starts with nothing known.
+    // What read transactions of sessions have read of the switch and its
+    // VSAN table. A transaction sees one snapshot of the file, so the
+    // answers stay right for as long as the file is unchanged: a write of
+    // this Store drops them, and a session whose data version differs from
+    // theirs (another connection has committed) starts with nothing known.
     // Enumerations walk the VSAN table entry by entry and check each VSAN
     // again before its queries: from the second step of a walk on, the
     // whole table is read once and every lookup is answered from it.
@@ -308,12 +325,44 @@ class Store {
         std::unordered_map<std::int64_t, std::vector<ListedMember>> databases;
         std::string texts;
     };
+    // Every object, link and member of the file, for the walks that ask for
+    // the relatives of thousands of objects one object at a time (two
+    // statements per object otherwise). Read in one pass over each table once
+    // a session has asked often enough that a pass costs less than the
+    // questions still to come.
+    struct Relations {
+        int lookups = 0;  // questions asked in this session before loading
+        bool loaded = false;
+        // The objects and members by row; the other maps point at them
+        // (nodes of these maps stay where they are), so that a question
+        // costs one search.
+        std::unordered_map<std::int64_t, ZoningObject> objects;
+        std::unordered_map<std::int64_t, Member> member_rows;
+        std::unordered_map<std::int64_t, const ZoningObject *> by_number;  // by objectKey
+        std::unordered_map<std::int64_t, std::vector<const ZoningObject *>> children, parents;
+        std::unordered_map<std::int64_t, std::vector<const Member *>> members;  // of a parent
+    };
+    static constexpr int kRelationLookupsBeforeLoading = 64;
+    static std::int64_t objectKey(int vsan, bool active, int number) {
+        return databaseKey(vsan, active) * (std::int64_t{1} << 32) + number;
+    }
+    // The relations when the snapshot has (or now reads) them; null while a
+    // session has asked too little to make reading them worth it.
+    const Relations *snapshotRelations();
+    void loadRelations(Relations *relations);
+    static std::vector<ZoningObject> relatedObjects(
+        const std::unordered_map<std::int64_t, std::vector<const ZoningObject *>> &links,
+        std::int64_t row);
+
     struct Snapshot {
+        std::int64_t data_version = -1;  // SQLite's, when this was read (-1: unknown)
         std::optional<std::string> switch_name;
         std::optional<std::vector<VsanInfo>> vsans;  // ascending
         int walk_steps = 0;
         std::array<KindListing, 3> listings;  // by ObjectKind
         MemberListing members;
+        Relations relations;
+        std::shared_ptr<const std::vector<DeviceAlias>> device_aliases;
     };
     static std::int64_t databaseKey(int vsan, bool active) {
         return static_cast<std::int64_t>(vsan) * 2 + (active ? 1 : 0);

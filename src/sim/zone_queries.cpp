@@ -27,6 +27,7 @@ int allObjects(int queue, int vsan, bool active, ObjectKind kind, int *count, Re
     RecordArray<Record> array;
     int code = withStore(queue, false, [&](Store &store) {
         if (!store.vsan(vsan, nullptr)) return kErrVsanNotConfigured;
+        if (!array.reserve(store.listedObjectCount(vsan, active, kind))) return kErrUnknown;
         bool complete = true;
         store.forEachObject(vsan, active, kind, [&](const Store::ObjectRow &row) {
             Record *record = complete ? array.add() : nullptr;
@@ -85,33 +86,63 @@ int objectById(int queue, const char *instance_id, ObjectKind kind, Record **rec
     return kOk;
 }
 
-enum class Relation { Children, Parents, Members };
+enum class Relation { Children, Parents };
 
-// The relatives of the object of that kind named by the id, as a list.
+// The row of the object of that kind named by a ZoningInstanceId.
+bool findObjectRow(Store &store, const char *instance_id, ObjectKind kind, std::int64_t *row) {
+    GenericId id;
+    return instance_id != nullptr && parseGenericId(instance_id, &id) &&
+           store.objectRow(id.vsan, id.active != 0, kind, id.number, row);
+}
+
+// The relatives of the object of that kind named by the id, as a list made
+// straight from what the store finds: a walk asks this of every zone.
 template <typename Record>
 int relatives(int queue, const char *instance_id, ObjectKind kind, Relation relation,
               Record **list) {
     if (instance_id == nullptr || list == nullptr) return kErrInvalidArgument;
-    std::vector<ZoningObject> found;
+    RecordList<Record> found;
     int code = withStore(queue, false, [&](Store &store) {
-        ZoningObject object;
-        if (!findObject(store, instance_id, kind, &object)) return kErrNotFound;
-        found = relation == Relation::Children ? store.children(object) : store.parents(object);
-        return kOk;
+        std::int64_t row = 0;
+        if (!findObjectRow(store, instance_id, kind, &row)) return kErrNotFound;
+        bool complete = true;
+        const auto which =
+            relation == Relation::Children ? Store::Relative::Child : Store::Relative::Parent;
+        store.forEachRelative(row, which, [&](const ZoningObject &object) {
+            Record *record = complete ? found.add() : nullptr;
+            if (record == nullptr) {
+                complete = false;
+                return;
+            }
+            fillRecord(record, object);
+        });
+        return complete ? kOk : kErrUnknown;
     });
-    return code != kOk ? code : toList(found, list);
+    if (code != kOk) return code;
+    *list = found.handOver();
+    return kOk;
 }
 
 int membersOf(int queue, const char *instance_id, ObjectKind kind, ZoneMemberRecord **list) {
     if (instance_id == nullptr || list == nullptr) return kErrInvalidArgument;
-    std::vector<Member> found;
+    RecordList<ZoneMemberRecord> found;
     int code = withStore(queue, false, [&](Store &store) {
-        ZoningObject object;
-        if (!findObject(store, instance_id, kind, &object)) return kErrNotFound;
-        found = store.members(object);
-        return kOk;
+        std::int64_t row = 0;
+        if (!findObjectRow(store, instance_id, kind, &row)) return kErrNotFound;
+        bool complete = true;
+        store.forEachMemberOf(row, [&](const Member &member) {
+            ZoneMemberRecord *record = complete ? found.add() : nullptr;
+            if (record == nullptr) {
+                complete = false;
+                return;
+            }
+            fillRecord(record, member);
+        });
+        return complete ? kOk : kErrUnknown;
     });
-    return code != kOk ? code : toList(found, list);
+    if (code != kOk) return code;
+    *list = found.handOver();
+    return kOk;
 }
 
 // The member named by a member InstanceID, as stored.

@@ -1,8 +1,9 @@
 // Requests: what runs between mutex_lock() and mutex_unlock() reads one
 // snapshot of the switch in one transaction (the switch's name included),
 // answers as the same calls do outside a request, sees its own changes,
-// keeps other threads out of the database until it ends, and follows
-// ZONE_SIM_DB.
+// keeps other threads out of the database until it ends, keeps what it read
+// for the next request only while nobody commits, and stays on one
+// database.
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -93,6 +94,64 @@ TEST_F(SwitchTest, ARequestReadsOneSnapshotFollowsItsOwnWritesAndLeavesNothingOp
     EXPECT_STREQ("renamed-again", getCSName());
 }
 
+// What requests have read (VSAN table, listings, objects with their links
+// and members) is kept for the next request only while nobody commits: a
+// commit by another connection, or a command of this process, must show in
+// the next request exactly as it shows outside any request.
+TEST_F(SwitchTest, WhatRequestsReadIsKeptOnlyUntilSomebodyCommits) {
+    addVsanFromOutside(2);
+    const int set = create(2, ZP_OBJECT_ZONE_SET, "set_a");
+    const int zone_a = create(2, ZP_OBJECT_ZONE, "zone_a");
+    const int zone_b = create(2, ZP_OBJECT_ZONE, "zone_b");
+    create(1, ZP_OBJECT_ZONE, "zone_in_1");
+    ASSERT_EQ(0, addZone(2, set, zone_a));
+    ASSERT_EQ(0, member(2, ZP_OBJECT_ZONE, zone_a, 2, "2100000000000001"));
+
+    // Enough relatives asked one at a time to read the objects and links
+    // whole, and listings of more than one VSAN.
+    auto answers = [&] {
+        std::vector<Strings> listed;
+        for (int i = 0; i < 40; ++i) {
+            listed.push_back(setZones(id(2, set)));
+            listed.push_back(zoneMembers(id(2, zone_b)));
+        }
+        listed.resize(2);
+        for (const int vsan : walkVsans()) {
+            listed.push_back(zones(vsan, false, true));
+            listed.push_back(members(vsan, false));
+        }
+        return listed;
+    };
+    auto inRequest = [&] {
+        mutex_lock();
+        std::vector<Strings> listed = answers();
+        mutex_unlock();
+        return listed;
+    };
+    const std::vector<std::function<void()>> changes = {
+        [&] { createFromOutside("zone_from_outside"); },
+        [&] { addVsanFromOutside(3); },
+        [&] {
+            writeFromOutside([&](zonesim::Store &store) {
+                return store.addChild(2, zonesim::ObjectKind::ZoneSet, set, zone_b);
+            });
+        },
+        [&] { ASSERT_EQ(0, member(2, ZP_OBJECT_ZONE, zone_b, 2, "2100000000000002")); },
+        [&] { ASSERT_EQ(0, addZone(2, set, zone_b, ZP_OP_REMOVE)); },
+        [&] { create(3, ZP_OBJECT_ZONE, "zone_in_3"); },
+    };
+    EXPECT_EQ(answers(), inRequest());
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        SCOPED_TRACE("change " + std::to_string(i));
+        const std::vector<Strings> before = inRequest();
+        EXPECT_EQ(before, inRequest());  // kept, and still right
+        changes[i]();
+        const std::vector<Strings> outside = answers();
+        EXPECT_NE(before, outside);
+        EXPECT_EQ(outside, inRequest());
+    }
+}
+
 TEST_F(SwitchTest, OtherThreadsWaitForTheRequestAndThenSucceed) {
     std::atomic<bool> request_over{false};
     std::atomic<bool> other_started{false};
@@ -126,17 +185,18 @@ TEST_F(SwitchTest, OtherThreadsWaitForTheRequestAndThenSucceed) {
     EXPECT_EQ(Strings({"other"}), zoneSets(1, false));
 }
 
-TEST_F(SwitchTest, ARequestFollowsTheDatabaseWhenZoneSimDbChanges) {
+TEST_F(SwitchTest, ARequestKeepsItsDatabaseAndTheNextFollowsZoneSimDb) {
     create(1, ZP_OBJECT_ZONE, "first_db_zone");
     const std::string second = dir_ + "/second.db";
 
     mutex_lock();
     EXPECT_EQ(1u, zones(1, false).size());
     setenv("ZONE_SIM_DB", second.c_str(), 1);
-    EXPECT_TRUE(zones(1, false).empty());  // a new, empty switch
-    create(1, ZP_OBJECT_ZONE, "second_db_zone");
+    EXPECT_EQ(1u, zones(1, false).size());  // one switch for the whole request
     mutex_unlock();
 
+    EXPECT_TRUE(zones(1, false).empty());  // a new, empty switch
+    create(1, ZP_OBJECT_ZONE, "second_db_zone");
     EXPECT_EQ(Strings({"second_db_zone"}), zones(1, false));
     setenv("ZONE_SIM_DB", db_.c_str(), 1);
     EXPECT_EQ(Strings({"first_db_zone"}), zones(1, false));
