@@ -5,25 +5,31 @@
 
 #include "classes/containment_walk.h"
 #include "platform/zoning_platform.h"
+#include "provider/trace_line.h"
 #include "provider/zone_provider.h"
 
 namespace {
 
-using zone::containment::field_width;
-
 void trace_zone(const ZoneRecord &zone) {
-    std::printf("\tfound zone %.*s -- %.*s \n", field_width(zone.instance_id), zone.instance_id,
-                field_width(zone.name), zone.name);
+    zone::TraceLine()
+        .text("\tfound zone ")
+        .field(zone.instance_id)
+        .text(" -- ")
+        .field(zone.name)
+        .text(" \n");
 }
 
 void trace_zone_alias(const ZoneAliasRecord &alias) {
-    std::printf("\tfound zone alias%.*s -- %.*s \n", field_width(alias.instance_id),
-                alias.instance_id, field_width(alias.name), alias.name);
+    zone::TraceLine()
+        .text("\tfound zone alias")
+        .field(alias.instance_id)
+        .text(" -- ")
+        .field(alias.name)
+        .text(" \n");
 }
 
 void trace_member(const ZoneMemberRecord &member) {
-    std::printf("\t found zone zone member -- %.*s\n", field_width(member.member_value),
-                member.member_value);
+    zone::TraceLine().text("\t found zone zone member -- ").field(member.member_value).text("\n");
 }
 
 // Zones first, zone aliases second; the children of both are members.

@@ -5,30 +5,38 @@
 
 #include "classes/containment_walk.h"
 #include "platform/zoning_platform.h"
+#include "provider/trace_line.h"
 #include "provider/zone_provider.h"
 
 namespace {
 
-using zone::containment::field_width;
-
 // The same words for the editable database's count as for the active one's.
 void trace_zone_sets(int count, int vsan) {
-    std::printf("found %d active zone set in vsan %d\n", count, vsan);
+    zone::TraceLine()
+        .text("found ")
+        .number(count)
+        .text(" active zone set in vsan ")
+        .number(vsan)
+        .text("\n");
 }
 
 void trace_zone_in_zone_set(const ZoneRecord &zone) {
-    std::printf("\t found zone in zone set -- %.*s\n", field_width(zone.name), zone.name);
+    zone::TraceLine().text("\t found zone in zone set -- ").field(zone.name).text("\n");
 }
 
 void trace_zone(const ZoneRecord &zone) {
-    std::printf("\tfound zone %.*s -- %.*s \n", field_width(zone.instance_id), zone.instance_id,
-                field_width(zone.name), zone.name);
-    std::printf("getting zone alias of zone -- %.*s\n", field_width(zone.instance_id),
-                zone.instance_id);
+    zone::TraceLine()
+        .text("\tfound zone ")
+        .field(zone.instance_id)
+        .text(" -- ")
+        .field(zone.name)
+        .text(" \ngetting zone alias of zone -- ")
+        .field(zone.instance_id)
+        .text("\n");
 }
 
 void trace_zone_alias(const ZoneAliasRecord &alias) {
-    std::printf("\t found  zone alias -- %.*s\n", field_width(alias.name), alias.name);
+    zone::TraceLine().text("\t found  zone alias -- ").field(alias.name).text("\n");
 }
 
 // Zone sets with their zones first, zones with their aliases second.

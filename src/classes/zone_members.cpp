@@ -8,6 +8,7 @@
 
 #include "platform/zoning_platform.h"
 #include "provider/platform_records.h"
+#include "provider/trace_line.h"
 #include "provider/zone_provider.h"
 
 namespace {
@@ -18,20 +19,20 @@ using MemberQuery = int (*)(int, int, int *, ZoneMemberRecord **);
 
 // The member's identifier text, no further than its field reaches.
 void print_member_line(bool active, const ZoneMemberRecord &member) {
-    const int width = static_cast<int>(sizeof member.member_value);
-    if (active)
-        std::printf("\n found  zone member in get_zone_member_all_instances  -- %.*s\n", width,
-                    member.member_value);
-    else
-        std::printf("\n found  zone member get_zone_member_all_instances -- %.*s\n", width,
-                    member.member_value);
+    zone::TraceLine()
+        .text(active ? "\n found  zone member in get_zone_member_all_instances  -- "
+                     : "\n found  zone member get_zone_member_all_instances -- ")
+        .field(member.member_value)
+        .text("\n");
 }
 
 void print_count_line(bool active, int count, int vsan) {
-    if (active)
-        std::printf("found %d active zone member in vsan %d\n", count, vsan);
-    else
-        std::printf("found %d non active zone member in vsan %d\n", count, vsan);
+    zone::TraceLine()
+        .text("found ")
+        .number(count)
+        .text(active ? " active zone member in vsan " : " non active zone member in vsan ")
+        .number(vsan)
+        .text("\n");
 }
 
 // One database of one VSAN; a failed query only skips it.

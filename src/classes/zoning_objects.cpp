@@ -10,6 +10,7 @@
 
 #include "platform/zoning_platform.h"
 #include "provider/platform_records.h"
+#include "provider/trace_line.h"
 #include "provider/zone_provider.h"
 
 namespace {
@@ -92,15 +93,22 @@ const char *text_or_empty(const CMPIString *s) {
 
 void trace_vsan(VsanTrace trace, int vsan) {
     if (trace == VsanTrace::None) return;
-    std::printf("\t FOUND VSAN %d\n", vsan);
-    if (trace == VsanTrace::FoundVsanGettingKeys) std::printf("getting zone all instances keys\n");
+    zone::TraceLine().text("\t FOUND VSAN ").number(vsan).text("\n");
+    if (trace == VsanTrace::FoundVsanGettingKeys)
+        zone::TraceLine().text("getting zone all instances keys\n");
 }
 
 enum class Database { Active, NonActive };
 
 void trace_count(Database database, const char *noun, int count, int vsan) {
-    std::printf("found %d %s %s in vsan %d\n", count,
-                database == Database::Active ? "active" : "NON active", noun, vsan);
+    zone::TraceLine()
+        .text("found ")
+        .number(count)
+        .text(database == Database::Active ? " active " : " NON active ")
+        .text(noun)
+        .text(" in vsan ")
+        .number(vsan)
+        .text("\n");
 }
 
 const char *or_empty(const char *text) {
@@ -112,11 +120,21 @@ template <typename Record>
 void trace_record(RecordTrace trace, Database database, int index, const Record &record,
                   const char *cls, const char *ns) {
     if (trace == RecordTrace::IndexActiveOnly && database == Database::Active)
-        std::printf("i is %d class_name is %s name_space is %s \n", index, or_empty(cls),
-                    or_empty(ns));
+        zone::TraceLine()
+            .text("i is ")
+            .number(index)
+            .text(" class_name is ")
+            .text(or_empty(cls))
+            .text(" name_space is ")
+            .text(or_empty(ns))
+            .text(" \n");
     else if (trace == RecordTrace::IdAndName)
-        std::printf("\tfound zone %.*s -- %.*s \n", static_cast<int>(sizeof record.instance_id),
-                    record.instance_id, static_cast<int>(sizeof record.name), record.name);
+        zone::TraceLine()
+            .text("\tfound zone ")
+            .field(record.instance_id)
+            .text(" -- ")
+            .field(record.name)
+            .text(" \n");
 }
 
 // One database of one VSAN: the array is read, each record is handed to

@@ -17,6 +17,7 @@
 #include "methods/method_args.h"
 #include "platform/zoning_platform.h"
 #include "provider/platform_records.h"
+#include "provider/trace_line.h"
 #include "provider/zone_provider.h"
 
 namespace {
@@ -97,7 +98,10 @@ int walk_aliases(const AliasWalk &walk) {
         if (!entry) return -1;
         const int fetched = ddas_api_iter_get_next_device_alias_entry(iterator, entry.get());
         if (walk.what == Deliver::Names)
-            std::printf("\nret_value for get_next_alias_entry= %d ", fetched);
+            zone::TraceLine()
+                .text("\nret_value for get_next_alias_entry= ")
+                .number(fetched)
+                .text(" ");
         if (fetched != 0) break;
         deliver_entry(walk, entry.get());
     }
