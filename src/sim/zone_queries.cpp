@@ -95,26 +95,24 @@ bool findObjectRow(Store &store, const char *instance_id, ObjectKind kind, std::
            store.objectRow(id.vsan, id.active != 0, kind, id.number, row);
 }
 
-// The relatives of the object of that kind named by the id, as a list made
-// straight from what the store finds: a walk asks this of every zone.
-template <typename Record>
-int relatives(int queue, const char *instance_id, ObjectKind kind, Relation relation,
-              Record **list) {
+// What visit finds around the object of that kind named by the id, as a
+// list of records made straight from what the store hands over: a walk asks
+// this of every zone.
+template <typename Record, typename Source, typename Visit>
+int listAround(int queue, const char *instance_id, ObjectKind kind, Record **list, Visit &&visit) {
     if (instance_id == nullptr || list == nullptr) return kErrInvalidArgument;
     RecordList<Record> found;
     int code = withStore(queue, false, [&](Store &store) {
         std::int64_t row = 0;
         if (!findObjectRow(store, instance_id, kind, &row)) return kErrNotFound;
         bool complete = true;
-        const auto which =
-            relation == Relation::Children ? Store::Relative::Child : Store::Relative::Parent;
-        store.forEachRelative(row, which, [&](const ZoningObject &object) {
+        visit(store, row, [&](const Source &source) {
             Record *record = complete ? found.add() : nullptr;
             if (record == nullptr) {
                 complete = false;
                 return;
             }
-            fillRecord(record, object);
+            fillRecord(record, source);
         });
         return complete ? kOk : kErrUnknown;
     });
@@ -123,26 +121,21 @@ int relatives(int queue, const char *instance_id, ObjectKind kind, Relation rela
     return kOk;
 }
 
-int membersOf(int queue, const char *instance_id, ObjectKind kind, ZoneMemberRecord **list) {
-    if (instance_id == nullptr || list == nullptr) return kErrInvalidArgument;
-    RecordList<ZoneMemberRecord> found;
-    int code = withStore(queue, false, [&](Store &store) {
-        std::int64_t row = 0;
-        if (!findObjectRow(store, instance_id, kind, &row)) return kErrNotFound;
-        bool complete = true;
-        store.forEachMemberOf(row, [&](const Member &member) {
-            ZoneMemberRecord *record = complete ? found.add() : nullptr;
-            if (record == nullptr) {
-                complete = false;
-                return;
-            }
-            fillRecord(record, member);
+template <typename Record>
+int relatives(int queue, const char *instance_id, ObjectKind kind, Relation relation,
+              Record **list) {
+    const auto which =
+        relation == Relation::Children ? Store::Relative::Child : Store::Relative::Parent;
+    return listAround<Record, ZoningObject>(
+        queue, instance_id, kind, list, [which](Store &store, std::int64_t row, const auto &add) {
+            store.forEachRelative(row, which, add);
         });
-        return complete ? kOk : kErrUnknown;
-    });
-    if (code != kOk) return code;
-    *list = found.handOver();
-    return kOk;
+}
+
+int membersOf(int queue, const char *instance_id, ObjectKind kind, ZoneMemberRecord **list) {
+    return listAround<ZoneMemberRecord, Member>(
+        queue, instance_id, kind, list,
+        [](Store &store, std::int64_t row, const auto &add) { store.forEachMemberOf(row, add); });
 }
 
 // The member named by a member InstanceID, as stored.
