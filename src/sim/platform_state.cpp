@@ -51,7 +51,7 @@ std::shared_ptr<Store> currentStore(int *code) {
     return database.store;
 }
 
-int guarded(const std::function<int()> &fn) {
+int guarded(FunctionRef<int()> fn) {
     try {
         return fn();
     } catch (...) {
@@ -99,7 +99,7 @@ Store *sessionStoreOfRequest() {
 
 }  // namespace
 
-int withStoreNoQueue(bool write, const std::function<int(Store &)> &fn) {
+int withStoreNoQueue(bool write, FunctionRef<int(Store &)> fn) {
     return guarded([&] {
         std::shared_ptr<Store> held;
         Store *store = sessionStoreOfRequest();
@@ -115,7 +115,7 @@ int withStoreNoQueue(bool write, const std::function<int(Store &)> &fn) {
     });
 }
 
-int withStore(int queue, bool write, const std::function<int(Store &)> &fn) {
+int withStore(int queue, bool write, FunctionRef<int(Store &)> fn) {
     if (queue != kQueueHandle) return kErrQueueNotOpen;
     return withStoreNoQueue(write, fn);
 }

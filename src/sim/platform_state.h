@@ -23,12 +23,12 @@ std::shared_ptr<Store> currentStore(int *code);
 // Runs fn in one transaction of the current database (a write transaction
 // when write is set) and answers its code; checks the queue first. No
 // exception leaves: anything thrown is answered with kErrUnknown.
-int withStore(int queue, bool write, const std::function<int(Store &)> &fn);
+int withStore(int queue, bool write, FunctionRef<int(Store &)> fn);
 // The same for the operations that take no queue.
-int withStoreNoQueue(bool write, const std::function<int(Store &)> &fn);
+int withStoreNoQueue(bool write, FunctionRef<int(Store &)> fn);
 
 // Runs fn, answering kErrUnknown for anything it throws.
-int guarded(const std::function<int()> &fn);
+int guarded(FunctionRef<int()> fn);
 
 // A request of the provider is what runs on one thread between mutex_lock()
 // and mutex_unlock(). Its reads share one read transaction of the database

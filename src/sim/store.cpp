@@ -490,7 +490,7 @@ void Store::keepOrDropSnapshot() {
 
 // Nothing to commit or roll back for a read: a failed one leaves the
 // transaction open for the next.
-int Store::sessionRead(const std::function<int()> &fn) {
+int Store::sessionRead(FunctionRef<int()> fn) {
     if (!session_read_open_) {
         int rc = control("BEGIN");
         if (rc != SQLITE_OK) return failureCode(rc);
@@ -504,7 +504,7 @@ int Store::sessionRead(const std::function<int()> &fn) {
     }
 }
 
-int Store::transact(bool for_write, const std::function<int()> &fn) {
+int Store::transact(bool for_write, FunctionRef<int()> fn) {
     std::unique_lock<std::mutex> guard(lock_, std::defer_lock);
     if (session_owner_.load() == std::this_thread::get_id()) {
         if (!for_write) return sessionRead(fn);
@@ -818,7 +818,7 @@ bool Store::objectRow(int vsan, bool active, ObjectKind kind, int number, std::i
 }
 
 void Store::forEachRelative(std::int64_t row, Relative relative,
-                            const std::function<void(const ZoningObject &)> &fn) {
+                            FunctionRef<void(const ZoningObject &)> fn) {
     if (const Relations *relations = snapshotRelations()) {
         const auto &links = relative == Relative::Child ? relations->children : relations->parents;
         auto found = links.find(row);
@@ -833,7 +833,7 @@ void Store::forEachRelative(std::int64_t row, Relative relative,
         fn(related);
 }
 
-void Store::forEachMemberOf(std::int64_t row, const std::function<void(const Member &)> &fn) {
+void Store::forEachMemberOf(std::int64_t row, FunctionRef<void(const Member &)> fn) {
     if (const Relations *relations = snapshotRelations()) {
         auto found = relations->members.find(row);
         if (found == relations->members.end()) return;
@@ -964,7 +964,7 @@ std::size_t Store::listedObjectCount(int vsan, bool active, ObjectKind kind) {
 }
 
 void Store::forEachObject(int vsan, bool active, ObjectKind kind,
-                          const std::function<void(const ObjectRow &)> &fn) {
+                          FunctionRef<void(const ObjectRow &)> fn) {
     if (const KindListing *listing = snapshotListing(vsan, kind)) {
         auto found = listing->databases.find(databaseKey(vsan, active));
         if (found == listing->databases.end()) return;
@@ -1027,7 +1027,7 @@ void Store::loadMembers(MemberListing *listing) {
     *listing = std::move(loaded);
 }
 
-void Store::forEachMember(int vsan, bool active, const std::function<void(const MemberRow &)> &fn) {
+void Store::forEachMember(int vsan, bool active, FunctionRef<void(const MemberRow &)> fn) {
     if (const MemberListing *listing = snapshotMembers(vsan)) {
         auto found = listing->databases.find(databaseKey(vsan, active));
         if (found == listing->databases.end()) return;

@@ -41,6 +41,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "sim/function_ref.h"
+
 struct sqlite3;
 struct sqlite3_stmt;
 
@@ -141,8 +143,8 @@ class Store {
     // when fn answers 0, rolled back otherwise or when it throws (the
     // exception goes on). Answers fn's code, or kErrDatabaseBusy /
     // kErrStorage when the transaction itself fails. Not reentrant.
-    int read(const std::function<int()> &fn) { return transact(false, fn); }
-    int write(const std::function<int()> &fn) { return transact(true, fn); }
+    int read(FunctionRef<int()> fn) { return transact(false, fn); }
+    int write(FunctionRef<int()> fn) { return transact(true, fn); }
 
     // A session keeps one read transaction open across the read() calls of
     // one thread, from the first read() after beginSession() to
@@ -183,8 +185,8 @@ class Store {
     bool objectRow(int vsan, bool active, ObjectKind kind, int number, std::int64_t *row);
     enum class Relative { Child, Parent };
     void forEachRelative(std::int64_t row, Relative relative,
-                         const std::function<void(const ZoningObject &)> &fn);
-    void forEachMemberOf(std::int64_t row, const std::function<void(const Member &)> &fn);
+                         FunctionRef<void(const ZoningObject &)> fn);
+    void forEachMemberOf(std::int64_t row, FunctionRef<void(const Member &)> fn);
     // All members of one database, in creation order.
     std::vector<Member> allMembers(int vsan, bool active);
 
@@ -205,8 +207,8 @@ class Store {
         std::string_view value_text;
     };
     void forEachObject(int vsan, bool active, ObjectKind kind,
-                       const std::function<void(const ObjectRow &)> &fn);
-    void forEachMember(int vsan, bool active, const std::function<void(const MemberRow &)> &fn);
+                       FunctionRef<void(const ObjectRow &)> fn);
+    void forEachMember(int vsan, bool active, FunctionRef<void(const MemberRow &)> fn);
     // How many rows forEachObject() is about to list, when that is known
     // without a query (the listing is in memory); 0 otherwise.
     std::size_t listedObjectCount(int vsan, bool active, ObjectKind kind);
@@ -258,9 +260,9 @@ class Store {
 
   private:
     explicit Store(std::string path, sqlite3 *db);
-    int transact(bool for_write, const std::function<int()> &fn);
+    int transact(bool for_write, FunctionRef<int()> fn);
     // A read() inside the session of this thread.
-    int sessionRead(const std::function<int()> &fn);
+    int sessionRead(FunctionRef<int()> fn);
     void endSessionRead();
     void keepOrDropSnapshot();
     // Runs a transaction control statement; an SQLite result code.
