@@ -1,9 +1,9 @@
-// Support for the tests of the association traversals: platform records and
-// lists handed back the way the platform hands them (every record and node
-// its own malloc'ed block, so the sanitizers and valgrind check that the
-// provider frees each exactly once), a working generic list for the mocked
-// cim_g_slist_* calls, and CMPI objects labelled by their class name so that
-// a test can read back what reached the result and in which order.
+// Support for the tests of the associations: a request against a platform
+// that answers from the test's data and logs every query, with every record,
+// array and node it hands back its own malloc'ed block (so the sanitizers
+// check that the provider frees each exactly once, on failed queries too),
+// and CMPI objects labelled by their class name so that a test can read back
+// what was built, from what, and in which order it reached the result.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -11,9 +11,13 @@
 
 #include <cmpimacs.h>
 
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
+#include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "host/cmpihost.h"
@@ -28,59 +32,63 @@ struct cim_g_slist {
 
 namespace assoc_test {
 
+using ::testing::_;
+using ::testing::Return;
+
 constexpr int kQueue = 42;
 constexpr const char *kNs = "root/zoning";
-constexpr int kVsan = 7;
+constexpr int kVsan = 7;  // the VSAN of every InstanceID the platform splits
+inline const char *const kProps[] = {"InstanceID", nullptr};
 
-// Points the provider's globals at the test's queue and the host's broker.
-inline void use_test_globals() {
-    mts_q = kQueue;
-    _broker = cmpihost::broker();
+inline const char **props() {
+    return const_cast<const char **>(kProps);
 }
+inline const char *shown(const char *s) {
+    return s != nullptr ? s : "(null)";
+}
+
+using Labels = std::vector<std::string>;
 
 // ---- Records ----------------------------------------------------------------
 
 inline std::string id_of(const std::string &name) {
     return "id^" + name;
 }
+inline std::string name_of(const std::string &id) {
+    return id.rfind("id^", 0) == 0 ? id.substr(3) : id;
+}
 
-// One record named name, whose InstanceID is id_of(name).
+// A record named name, whose InstanceID is id_of(name); a member's value
+// text is name.
+template <typename Record>
+void fill_record(Record &record, const std::string &name) {
+    std::snprintf(record.instance_id, sizeof record.instance_id, "%s", id_of(name).c_str());
+    if constexpr (std::is_same_v<Record, ZoneMemberRecord>) {
+        record.cim_member_type = 1;
+        std::snprintf(record.member_value, sizeof record.member_value, "%s", name.c_str());
+    } else {
+        std::snprintf(record.name, sizeof record.name, "%s", name.c_str());
+    }
+}
+
 template <typename Record>
 Record *new_record(const std::string &name) {
     auto *record = static_cast<Record *>(std::calloc(1, sizeof(Record)));
-    std::snprintf(record->instance_id, sizeof record->instance_id, "%s", id_of(name).c_str());
-    std::snprintf(record->name, sizeof record->name, "%s", name.c_str());
+    fill_record(*record, name);
     return record;
 }
 
-// A member whose value text is name.
-template <>
-inline ZoneMemberRecord *new_record<ZoneMemberRecord>(const std::string &name) {
-    auto *member = static_cast<ZoneMemberRecord *>(std::calloc(1, sizeof(ZoneMemberRecord)));
-    std::snprintf(member->instance_id, sizeof member->instance_id, "%d^1^%s^0", kVsan,
-                  name.c_str());
-    member->cim_member_type = 1;
-    std::snprintf(member->member_value, sizeof member->member_value, "%s", name.c_str());
-    return member;
-}
-
-// What a record is called in the labels of the objects built from it.
-inline std::string label_name(const ZoneSetRecord *r) {
-    return r->name;
-}
-inline std::string label_name(const ZoneRecord *r) {
-    return r->name;
-}
-inline std::string label_name(const ZoneAliasRecord *r) {
-    return r->name;
-}
-inline std::string label_name(const ZoneMemberRecord *r) {
-    return r->member_value;
+// An array of records in one heap block, as the all-objects queries answer.
+template <typename Record>
+Record *array_of(const Labels &names) {
+    auto *records = static_cast<Record *>(std::calloc(names.size() + 1, sizeof(Record)));
+    for (std::size_t i = 0; i < names.size(); ++i) fill_record(records[i], names[i]);
+    return records;
 }
 
 // A linked list of records, each node its own heap block, in the given order.
 template <typename Record>
-Record *list_of(const std::vector<std::string> &names) {
+Record *list_of(const Labels &names) {
     Record *head = nullptr;
     for (auto it = names.rbegin(); it != names.rend(); ++it) {
         Record *node = new_record<Record>(*it);
@@ -90,171 +98,397 @@ Record *list_of(const std::vector<std::string> &names) {
     return head;
 }
 
-// A list query (queue, InstanceID, address of the list) answering rc and,
-// when rc is 0, the named records. The provider must hand a cleared pointer.
-template <typename Record>
-auto hand_back_list(std::vector<std::string> names, int rc = 0) {
-    return [names, rc](int queue, const char *, Record **list) {
-        EXPECT_EQ(queue, kQueue);
-        EXPECT_EQ(*list, nullptr);
-        if (rc == 0) *list = list_of<Record>(names);
-        return rc;
-    };
-}
-
-// A by-InstanceID lookup that finds the record named name.
-template <typename Record>
-auto hand_back_record(std::string name) {
-    return [name](int queue, const char *, Record **record) {
-        EXPECT_EQ(queue, kQueue);
-        *record = new_record<Record>(name);
-        return 0;
-    };
-}
-
-// zs_cim_get_fields_from_generic_instance_id answering VSAN kVsan.
-inline auto split_into_vsan(int vsan = kVsan) {
-    return [vsan](const char *, int *v, int *number, int *active) {
-        *v = vsan;
-        *number = 3;
-        *active = 0;
-        return 0;
-    };
-}
-
-// ---- Generic lists -------------------------------------------------------------
-
-// Makes the mocked generic list work and counts what the provider does with it.
-class GenericLists {
-  public:
-    void install(PlatformMock &mock) {
-        using ::testing::_;
-        using ::testing::AnyNumber;
-        EXPECT_CALL(mock, cim_g_slist_alloc()).Times(AnyNumber()).WillRepeatedly([this] {
-            ++allocated;
-            return new cim_g_slist;
-        });
-        EXPECT_CALL(mock, cim_g_slist_length(_))
-            .Times(AnyNumber())
-            .WillRepeatedly(
-                [](cim_g_slist *list) { return static_cast<int>(list->entries.size()); });
-        EXPECT_CALL(mock, cim_g_slist_nth_data(_, _))
-            .Times(AnyNumber())
-            .WillRepeatedly([](cim_g_slist *list, int n) -> void * {
-                return n >= 0 && n < static_cast<int>(list->entries.size()) ? list->entries[n]
-                                                                            : nullptr;
-            });
-        EXPECT_CALL(mock, cim_g_slist_destroy(_))
-            .Times(AnyNumber())
-            .WillRepeatedly([this](cim_g_slist *list) {
-                ++destroyed;
-                for (void *entry : list->entries) std::free(entry);
-                delete list;
-            });
-    }
-    int allocated = 0;
-    int destroyed = 0;
-};
-
-// A parents query of a member that appends the named records to the list
-// (an empty name appends a null entry) and answers rc.
-template <typename Record>
-auto append_parents(std::vector<std::string> names, int rc = 0) {
-    return [names, rc](int queue, const char *, cim_g_slist **list) {
-        EXPECT_EQ(queue, kQueue);
-        EXPECT_NE(*list, nullptr);
-        for (const std::string &name : names)
-            (*list)->entries.push_back(name.empty() ? nullptr : new_record<Record>(name));
-        return rc;
-    };
-}
-
 // ---- Labelled CMPI objects --------------------------------------------------------
 
-// Paths and instances of the current request whose class name is a label.
 inline CMPIObjectPath *labelled_path(cmpihost::Request &request, const std::string &label) {
     return request.newObjectPath(kNs, label);
 }
 
 inline CMPIInstance *labelled_instance(cmpihost::Request &request, const std::string &label) {
-    CMPIObjectPath *path = request.newObjectPath(kNs, label);
-    return CMNewInstance(cmpihost::broker(), path, nullptr);
+    return CMNewInstance(cmpihost::broker(), labelled_path(request, label), nullptr);
 }
 
-// Builder actions: a path (or instance) labelled prefix + "." + the record's
-// name. The argument positions are those of the builder.
-template <std::size_t kRecordArg>
-auto path_labelled(cmpihost::Request &request, std::string prefix) {
-    return [&request, prefix](auto &&...args) -> CMPIObjectPath * {
-        const auto tuple = std::forward_as_tuple(args...);
-        return labelled_path(request, prefix + "." + label_name(std::get<kRecordArg>(tuple)));
-    };
+inline std::string class_of(const CMPIObjectPath *path) {
+    return path == nullptr ? "null" : cmpihost::text(CMGetClassName(path, nullptr));
 }
 
-template <std::size_t kRecordArg>
-auto instance_labelled(cmpihost::Request &request, std::string prefix) {
-    return [&request, prefix](auto &&...args) -> CMPIInstance * {
-        const auto tuple = std::forward_as_tuple(args...);
-        return labelled_instance(request, prefix + "." + label_name(std::get<kRecordArg>(tuple)));
-    };
+// The label of a built object: the short name of the class it was built
+// for (a class without one as it was given), then what it was built from,
+// "/"-separated: records by name, paths by label, VSAN entries as V<number>
+// and texts as they are; "+p" when it got the test's property list.
+struct Label {
+    explicit Label(const std::string &cls) {
+        static const std::map<std::string, std::string> kShort = {
+            {"VORNA_ZoneSet", "ZoneSet"},
+            {"VORNA_Zone", "Zone"},
+            {"VORNA_ZoneAlias", "Alias"},
+            {"VORNA_ZoneMemberSettingData", "Member"},
+            {"VORNA_Vsan", "Vsan"},
+            {"VORNA_ElementSettingData", "ESD"},
+            {"VORNA_ZoneMemberOfCollection", "MOC"},
+            {"VORNA_ZoneHostedCollection", "Hosted"},
+            {"VORNA_HostedService", "Service"}};
+        const auto it = kShort.find(cls);
+        text = it != kShort.end() ? it->second : cls;
+    }
+    void add(const std::string &part) { text += (parts++ == 0 ? " " : "/") + part; }
+    template <typename Record>
+    void operator()(const Record *r) {
+        if constexpr (std::is_same_v<Record, ZoneMemberRecord>)
+            add(r->member_value);
+        else
+            add(r->name);
+    }
+    void operator()(const CMPIObjectPath *path) { add(class_of(path)); }
+    void operator()(const VsanEntry *vsan) { add("V" + std::to_string(vsan->vsan)); }
+    void operator()(const DomainEntry *domain) { EXPECT_NE(domain, nullptr); }
+    void operator()(const char *word) { add(word); }
+    void operator()(const char **props) { text += props == kProps ? "+p" : props ? "+?" : ""; }
+    void operator()(const CMPIBroker *broker) { EXPECT_EQ(broker, cmpihost::broker()); }
+
+    std::string text;
+    int parts = 0;
+};
+
+// Prefixes every label with kind ("path" or "inst").
+inline Labels as(const std::string &kind, const Labels &labels) {
+    Labels out;
+    for (const std::string &l : labels) out.push_back(kind + ":" + l);
+    return out;
 }
 
-inline auto fixed_path(cmpihost::Request &request, std::string label) {
-    return
-        [&request, label](auto &&...) -> CMPIObjectPath * { return labelled_path(request, label); };
+// One step of a traversal: the query it logs (none when empty) and what it
+// delivers, as names and as objects.
+struct Step {
+    char letter;
+    std::string query;
+    Labels names;
+    Labels objects;
+};
+
+// A step whose objects are labelled as its names, with "+p" when they get
+// the request's property list.
+inline Step step(char letter, std::string query, const Labels &built = {}, bool props = true) {
+    Step s{letter, std::move(query), as("path", built), {}};
+    for (const std::string &b : built) s.objects.push_back("inst:" + b + (props ? "+p" : ""));
+    return s;
 }
 
-inline auto fixed_instance(cmpihost::Request &request, std::string label) {
-    return [&request, label](auto &&...) -> CMPIInstance * {
-        return labelled_instance(request, label);
-    };
+inline bool has(const std::string &taken, char letter) {
+    return taken.find(letter) != std::string::npos;
 }
 
-// What reached the result, in order: "path:<label>" or "inst:<label>".
-inline std::vector<std::string> delivered(const cmpihost::Request &request) {
-    std::vector<std::string> out;
-    for (const cmpihost::Delivery &d : request.deliveries()) {
-        switch (d.kind) {
-            case cmpihost::Delivery::Kind::ObjectPath:
-                out.push_back("path:" + cmpihost::text(d.path->ft->getClassName(d.path, nullptr)));
-                break;
-            case cmpihost::Delivery::Kind::Instance: {
-                const CMPIObjectPath *path = d.instance->ft->getObjectPath(d.instance, nullptr);
-                out.push_back("inst:" + cmpihost::text(path->ft->getClassName(path, nullptr)));
-                break;
-            }
-            case cmpihost::Delivery::Kind::Data:
-                out.push_back("data");
-                break;
-        }
+// Answers written "<query>: <name> <name> ..." ("-" names a null entry).
+inline std::map<std::string, Labels> answers_of(const Labels &lines) {
+    std::map<std::string, Labels> out;
+    for (const std::string &line : lines) {
+        const std::size_t colon = line.find(':');
+        Labels &names = out[line.substr(0, colon)];
+        std::istringstream words(line.substr(colon + 1));
+        for (std::string word; words >> word;) names.push_back(word == "-" ? "" : word);
     }
     return out;
 }
 
-using Labels = std::vector<std::string>;
+// The switch the associations are tested on: zone set ZS holds zones Z1
+// and Z2; zone Z is in zone sets ZS1 and ZS2 and holds aliases A1, A2 and
+// members M1, M2; alias A is held by zones Z1, Z2 and holds members M1, M2;
+// member M is held by zones Z1, Z2 (a null entry between them) and alias
+// A1. VSANs kVsan and 10 have their domain entries.
+inline const std::map<std::string, Labels> kSwitch =
+    answers_of({"get set ZS:", "zones of set ZS: Z1 Z2", "get zone Z:", "sets of zone Z: ZS1 ZS2",
+                "aliases of zone Z: A1 A2", "members of zone Z: M1 M2",
+                "get alias A:", "zones of alias A: Z1 Z2", "members of alias A: M1 M2",
+                "get member M:", "zones of member M: Z1 - Z2", "aliases of member M: A1",
+                "vsan 7:", "domain 7:", "vsan 10:", "domain 10:"});
 
-// Joins lists of expected deliveries.
-inline Labels operator+(Labels a, const Labels &b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
+// ---- The request and its platform -------------------------------------------------
+
+// One request, with the provider's globals pointing at the test's queue and
+// the host's broker, against a platform that answers from answers (by
+// default, kSwitch).
+//
+// Every query is logged, in order, as "<what> <name>" (a name is an
+// InstanceID without its "id^"; VSANs by number), and succeeds when that
+// line is a key of answers, handing back the records named there. A failing
+// list or all-objects query still hands back a record named "lost", which
+// must be freed all the same. The VSAN walk ("next vsan <n>") answers the first name as the next
+// VSAN number; every InstanceID splits into VSAN kVsan. Every builder makes
+// an object labelled as Label says; the mutex is logged as "lock" and
+// "unlock". A test may still expect a call itself: its expectation, being
+// newer, is the one that answers.
+struct Call {
+    Call();
+
+    // Runs fn with stdout captured into out; returns what fn returned.
+    template <typename Fn>
+    auto capture(Fn &&fn) {
+        testing::internal::CaptureStdout();
+        auto rc = fn();
+        out = testing::internal::GetCapturedStdout();
+        return rc;
+    }
+    bool printed(const std::string &text) const { return out.find(text) != std::string::npos; }
+    // What reached the result, in order: "path:<label>" or "inst:<label>".
+    Labels delivered() const {
+        Labels out;
+        for (const cmpihost::Delivery &d : req.deliveries()) {
+            if (d.kind == cmpihost::Delivery::Kind::Instance)
+                out.push_back("inst:" + class_of(CMGetObjectPath(d.instance, nullptr)));
+            else
+                out.push_back(d.path != nullptr ? "path:" + class_of(d.path) : "data");
+        }
+        return out;
+    }
+
+    cmpihost::Request req;
+    ::testing::StrictMock<PlatformMock> m;
+    std::map<std::string, Labels> answers = kSwitch;
+    Labels log;
+    std::string out;
+    int queue = kQueue;  // the queue every query must be given
+    int done_at_unlock = -1;
+    int lists_made = 0;
+    int lists_destroyed = 0;
+
+  private:
+    template <typename Expectation, typename Action>
+    static void any(Expectation &expectation, Action action) {
+        expectation.Times(::testing::AnyNumber()).WillRepeatedly(action);
+    }
+
+    const Labels *ask(const std::string &line) {
+        log.push_back(line);
+        const auto it = answers.find(line);
+        return it != answers.end() ? &it->second : nullptr;
+    }
+
+    // A lookup by InstanceID finds the record of that name.
+    template <typename Record>
+    auto lookup(std::string what) {
+        return [this, what](int q, const char *id, Record **record) {
+            EXPECT_EQ(q, queue);
+            if (!ask(what + " " + name_of(id))) return 1;
+            *record = new_record<Record>(name_of(id));
+            return 0;
+        };
+    }
+
+    template <typename Record>
+    auto list(std::string what) {
+        return [this, what](int q, const char *id, Record **head) {
+            EXPECT_EQ(q, queue);
+            EXPECT_EQ(*head, nullptr) << "the list head is cleared before the call";
+            const Labels *found = ask(what + " " + name_of(id));
+            *head = list_of<Record>(found ? *found : Labels{"lost"});
+            return found ? 0 : 1;
+        };
+    }
+
+    // Appends the records to the generic list; an empty name appends null.
+    template <typename Record>
+    auto parents(std::string what) {
+        return [this, what](int q, const char *id, cim_g_slist **list) {
+            EXPECT_EQ(q, queue);
+            EXPECT_NE(*list, nullptr);
+            const Labels *found = ask(what + " " + name_of(id));
+            for (const std::string &name : found ? *found : Labels{"lost"})
+                (*list)->entries.push_back(name.empty() ? nullptr : new_record<Record>(name));
+            return found ? 0 : 1;
+        };
+    }
+
+    template <typename Record>
+    auto all(std::string what) {
+        return [this, what](int q, int vsan, int *count, Record **records) {
+            EXPECT_EQ(q, queue);
+            EXPECT_EQ(*records, nullptr);
+            const Labels *found = ask(what + " " + std::to_string(vsan));
+            const Labels &names = found ? *found : Labels{"lost"};
+            *count = static_cast<int>(names.size());
+            *records = array_of<Record>(names);
+            return found ? 0 : 1;
+        };
+    }
+
+    template <typename... Expectations>
+    void paths(Expectations &...builders) {
+        (any(builders, build<CMPIObjectPath>()), ...);
+    }
+    template <typename... Expectations>
+    void instances(Expectations &...builders) {
+        (any(builders, build<CMPIInstance>()), ...);
+    }
+
+    template <typename Object>
+    auto build() {
+        return [this](const char *cls, const char *ns, auto... args) -> Object * {
+            EXPECT_STREQ(ns, kNs);
+            Label label(cls);
+            (label(args), ...);
+            if constexpr (std::is_same_v<Object, CMPIInstance>)
+                return labelled_instance(req, label.text);
+            else
+                return labelled_path(req, label.text);
+        };
+    }
+};
+
+inline Call::Call() {
+    mts_q = kQueue;
+    _broker = cmpihost::broker();
+    any(EXPECT_CALL(m, mutex_lock), [this] { log.push_back("lock"); });
+    any(EXPECT_CALL(m, mutex_unlock), [this] {
+        log.push_back("unlock");
+        done_at_unlock = req.doneCount();
+    });
+    any(EXPECT_CALL(m, zs_cim_get_fields_from_generic_instance_id),
+        [this](const char *id, int *vsan, int *number, int *active) {
+            log.push_back("split " + name_of(id));
+            *vsan = kVsan;
+            *number = 3;
+            *active = 0;
+            return 0;
+        });
+    any(EXPECT_CALL(m, zs_cim_get_zone_set_by_instance_id), lookup<ZoneSetRecord>("get set"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_by_instance_id), lookup<ZoneRecord>("get zone"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_alias_by_instance_id), lookup<ZoneAliasRecord>("get alias"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_member_by_instance_id),
+        lookup<ZoneMemberRecord>("get member"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_set_zones_by_instance_id), list<ZoneRecord>("zones of set"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_zone_set_parents_by_instance_id),
+        list<ZoneSetRecord>("sets of zone"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_zone_aliases_by_instance_id),
+        list<ZoneAliasRecord>("aliases of zone"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_zone_members_by_instance_id),
+        list<ZoneMemberRecord>("members of zone"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_alias_zone_parents_by_instance_id),
+        list<ZoneRecord>("zones of alias"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_alias_zone_members_by_instance_id),
+        list<ZoneMemberRecord>("members of alias"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_member_zone_parents_by_instance_id),
+        parents<ZoneRecord>("zones of member"));
+    any(EXPECT_CALL(m, zs_cim_get_zone_member_zone_alias_parents_by_instance_id),
+        parents<ZoneAliasRecord>("aliases of member"));
+    any(EXPECT_CALL(m, zs_cim_get_all_active_zone_sets), all<ZoneSetRecord>("active sets"));
+    any(EXPECT_CALL(m, zs_cim_get_all_non_active_zone_sets), all<ZoneSetRecord>("editable sets"));
+    any(EXPECT_CALL(m, zs_cim_get_all_active_zones), all<ZoneRecord>("active zones"));
+    any(EXPECT_CALL(m, zs_cim_get_all_non_active_zones), all<ZoneRecord>("editable zones"));
+    any(EXPECT_CALL(m, zs_cim_get_all_active_zone_aliases), all<ZoneAliasRecord>("active aliases"));
+    any(EXPECT_CALL(m, zs_cim_get_all_non_active_zone_aliases),
+        all<ZoneAliasRecord>("editable aliases"));
+    any(EXPECT_CALL(m, vsan_cim_get_vsanEntry), [this](int q, int mode, VsanEntry *entry) {
+        EXPECT_EQ(q, queue);
+        const auto found =
+            ask((mode == ZP_VSAN_GIVEN ? "vsan " : "next vsan ") + std::to_string(entry->vsan));
+        if (found && mode == ZP_VSAN_NEXT) entry->vsan = std::stoi(found->at(0));
+        return found ? 0 : 1;
+    });
+    any(EXPECT_CALL(m, dm_cim_get_dmEntry), [this](int q, int vsan, int mode, DomainEntry *) {
+        EXPECT_EQ(q, queue);
+        EXPECT_EQ(mode, 1);
+        return ask("domain " + std::to_string(vsan)) ? 0 : 1;
+    });
+    any(EXPECT_CALL(m, vsan_cim_get_all_vsanEntry), [this](int q, int *count, VsanEntry **table) {
+        EXPECT_EQ(q, queue);
+        EXPECT_EQ(*table, nullptr);
+        const auto found = ask("vsan table");
+        const Labels vsans = found ? *found : Labels{"1"};
+        *count = static_cast<int>(vsans.size());
+        *table = static_cast<VsanEntry *>(std::calloc(vsans.size() + 1, sizeof(VsanEntry)));
+        for (std::size_t i = 0; i < vsans.size(); ++i) (*table)[i].vsan = std::stoi(vsans[i]);
+        return found ? 0 : 1;
+    });
+    any(EXPECT_CALL(m, cim_g_slist_alloc), [this] {
+        ++lists_made;
+        return new cim_g_slist;
+    });
+    any(EXPECT_CALL(m, cim_g_slist_length),
+        [](cim_g_slist *l) { return static_cast<int>(l->entries.size()); });
+    any(EXPECT_CALL(m, cim_g_slist_nth_data), [](cim_g_slist *l, int n) -> void * {
+        return n >= 0 && n < static_cast<int>(l->entries.size()) ? l->entries[n] : nullptr;
+    });
+    any(EXPECT_CALL(m, cim_g_slist_destroy), [this](cim_g_slist *l) {
+        ++lists_destroyed;
+        for (void *entry : l->entries) std::free(entry);
+        delete l;
+    });
+    paths(EXPECT_CALL(m, zone_set_fill_reference), EXPECT_CALL(m, zone_fill_reference),
+          EXPECT_CALL(m, zone_alias_fill_reference), EXPECT_CALL(m, zone_member_fill_reference),
+          EXPECT_CALL(m, vsan_fill_reference), EXPECT_CALL(m, zmoc_fill_reference_zoneSetZone),
+          EXPECT_CALL(m, zmoc_fill_reference), EXPECT_CALL(m, esd_fill_reference_zoneZoneMember),
+          EXPECT_CALL(m, esd_fill_reference_zoneAliasZoneMember),
+          EXPECT_CALL(m, hosted_collection_fill_reference_zset),
+          EXPECT_CALL(m, hosted_collection_fill_reference_zone),
+          EXPECT_CALL(m, hosted_service_fill_reference),
+          EXPECT_CALL(m, zone_hosted_collection_fill_reference));
+    instances(
+        EXPECT_CALL(m, zone_set_build_instance), EXPECT_CALL(m, zone_build_instance),
+        EXPECT_CALL(m, zone_alias_build_instance), EXPECT_CALL(m, zone_member_build_instance),
+        EXPECT_CALL(m, vsan_build_instance), EXPECT_CALL(m, zmoc_build_instance_zoneSetZone),
+        EXPECT_CALL(m, zmoc_build_instance), EXPECT_CALL(m, zmoc_build_instance_MemberCollection),
+        EXPECT_CALL(m, esd_build_instance_zoneZoneMember),
+        EXPECT_CALL(m, esd_build_instance_zoneAliasZoneMember), EXPECT_CALL(m, esd_build_instance),
+        EXPECT_CALL(m, hosted_collection_build_instance_zset),
+        EXPECT_CALL(m, hosted_collection_build_instance_zone),
+        EXPECT_CALL(m, hosted_service_build_instance),
+        EXPECT_CALL(m, association_class_build_instance_path));
 }
 
-// Counts of a selection case.
-inline int times(bool wanted, int n = 1) {
-    return wanted ? n : 0;
+// Expects the log and the deliveries of the steps taken, in step order: a
+// step's letter in taken means queried and delivered, its lower case
+// queried only.
+inline void expect_steps(const Call &call, const std::vector<Step> &steps, const std::string &taken,
+                         bool objects) {
+    Labels log, built;
+    for (const Step &s : steps) {
+        const bool delivered = has(taken, s.letter);
+        if (!delivered && !has(taken, static_cast<char>(std::tolower(s.letter)))) continue;
+        if (!s.query.empty()) log.push_back(s.query);
+        const Labels &labels = objects ? s.objects : s.names;
+        if (delivered) built.insert(built.end(), labels.begin(), labels.end());
+    }
+    EXPECT_EQ(call.log, log);
+    EXPECT_EQ(call.delivered(), built);
 }
 
-// Expects n calls, each answered by action (no action for a call that must
-// not happen: gmock warns about those).
-template <typename Expectation, typename Action>
-void answer(Expectation &expectation, int n, Action action) {
-    expectation.Times(n);
-    if (n > 0) expectation.WillRepeatedly(action);
+// ---- The traversals of zone sets, zones and aliases -------------------------------
+
+// The four traversals of one kind of source, which share their signatures.
+struct Traversals {
+    decltype(&get_zone_associator_names) associator_names;
+    decltype(&get_zone_associators) associators;
+    decltype(&get_zone_reference_names) reference_names;
+    decltype(&get_zone_references) references;
+};
+
+enum Entry { kAssociatorNames, kAssociators, kReferenceNames, kReferences };
+inline const char *const kEntryNames[] = {"associator names", "associators", "reference names",
+                                          "references"};
+
+inline bool builds_objects(Entry entry) {
+    return entry == kAssociators || entry == kReferences;
 }
 
-// The lines of captured output that contain needle.
-inline bool has_line(const std::string &out, const std::string &line) {
-    return out.find(line) != std::string::npos;
+// Runs one traversal of the source id with its two filters (assocClass and
+// resultClass, or resultClass and role) and the test's property list, with
+// stdout captured.
+inline int traverse(Call &call, const Traversals &t, Entry entry, const char *id, const char *first,
+                    const char *second) {
+    const CMPIResult *r = call.req.result();
+    return call.capture([&] {
+        switch (entry) {
+            case kAssociatorNames:
+                return t.associator_names(id, first, second, "Member", "Collection", r, kNs);
+            case kAssociators:
+                return t.associators(id, first, second, "Member", "Collection", props(), r, kNs);
+            case kReferenceNames:
+                return t.reference_names(id, first, second, r, kNs);
+            case kReferences:
+                break;
+        }
+        return t.references(id, first, second, props(), r, kNs);
+    });
 }
 
 }  // namespace assoc_test

@@ -1,16 +1,7 @@
 // The zone service's one association: the VSAN hosting it, delivered as the
-// VSAN or as the hosted-service link, by mode.
+// VSAN or as the hosted-service link by mode, admitted by the standard link
+// name only, with the service's Name read as the VSAN number.
 #include "association_test_support.h"
-
-using ::testing::_;
-using ::testing::Eq;
-using ::testing::Field;
-using ::testing::InSequence;
-using ::testing::IsNull;
-using ::testing::Pointee;
-using ::testing::Return;
-using ::testing::StrEq;
-using ::testing::StrictMock;
 
 using namespace assoc_test;
 
@@ -18,120 +9,57 @@ namespace {
 
 // The helper is handed the queue and broker; they need not be the globals.
 constexpr int kOwnQueue = 77;
-const char *const kProps[] = {"Name", nullptr};
-const char **props() {
-    return const_cast<const char **>(kProps);
-}
-const char *shown(const char *s) {
-    return s != nullptr ? s : "(null)";
+
+int run(Call &call, const char *name, int mode, const char *filter) {
+    call.queue = kOwnQueue;
+    return get_zone_service_associator_reference_helper(name, mode, filter, call.req.result(), kNs,
+                                                        props(), kOwnQueue, cmpihost::broker());
 }
 
-class ZoneServiceAssoc : public ::testing::Test {
-  protected:
-    void SetUp() override { use_test_globals(); }
-};
-
-TEST_F(ZoneServiceAssoc, TheFilterAdmitsOnlyTheStandardHostedServiceName) {
+TEST(ZoneServiceAssoc, TheFilterAndTheModeChooseWhatIsBuilt) {
     struct Case {
+        int mode;
         const char *filter;
-        bool served;
+        Labels expected;
+        bool looked_up;
     };
     const Case cases[] = {
-        {nullptr, true},
-        {"", true},
-        {"CIM_HostedService", true},
-        {"cim_hostedservice", true},
-        {"VORNA_HostedService", false},
-        {"CIM_ZoneHostedCollection", false},
+        {ZONE_ASSOC_ASSOCIATORS, nullptr, {"inst:Vsan V10+p"}, true},
+        {ZONE_ASSOC_ASSOCIATOR_NAMES, "", {"path:Vsan V10"}, true},
+        // The link instance is built without the request's property list.
+        {ZONE_ASSOC_REFERENCES, "CIM_HostedService", {"inst:Service V10"}, true},
+        {ZONE_ASSOC_REFERENCE_NAMES, "cim_hostedservice", {"path:Service V10"}, true},
+        {0, nullptr, {}, true},
+        {5, nullptr, {}, true},
+        {ZONE_ASSOC_ASSOCIATOR_NAMES, "VORNA_HostedService", {}, false},
+        {ZONE_ASSOC_ASSOCIATORS, "CIM_ZoneHostedCollection", {}, false},
     };
     for (const Case &c : cases) {
-        SCOPED_TRACE(shown(c.filter));
-        cmpihost::Request req;
-        StrictMock<PlatformMock> m;
-        answer(EXPECT_CALL(
-                   m, vsan_cim_get_vsanEntry(kOwnQueue, 1, Pointee(Field(&VsanEntry::vsan, 10)))),
-               times(c.served), Return(0));
-        answer(EXPECT_CALL(m, dm_cim_get_dmEntry(kOwnQueue, 10, 1, _)), times(c.served), Return(0));
-        answer(EXPECT_CALL(m, vsan_fill_reference(StrEq("VORNA_Vsan"), StrEq(kNs),
-                                                  Pointee(Field(&VsanEntry::vsan, 10)), _,
-                                                  cmpihost::broker())),
-               times(c.served), fixed_path(req, "Vsan"));
-        EXPECT_EQ(get_zone_service_associator_reference_helper("10", ZONE_ASSOC_ASSOCIATOR_NAMES,
-                                                               c.filter, req.result(), kNs, nullptr,
-                                                               kOwnQueue, cmpihost::broker()),
-                  0);
-        EXPECT_EQ(delivered(req), c.served ? Labels{"path:Vsan"} : Labels{});
+        SCOPED_TRACE("mode " + std::to_string(c.mode) + ", filter " + shown(c.filter));
+        Call call;
+        EXPECT_EQ(run(call, "10", c.mode, c.filter), 0);
+        EXPECT_EQ(call.delivered(), c.expected);
+        EXPECT_EQ(call.log, (c.looked_up ? Labels{"vsan 10", "domain 10"} : Labels{}));
     }
 }
 
-TEST_F(ZoneServiceAssoc, EachModeBuildsItsOwnObjectFromBothEntries) {
-    for (int mode = 0; mode <= 5; ++mode) {
-        SCOPED_TRACE("mode " + std::to_string(mode));
-        cmpihost::Request req;
-        StrictMock<PlatformMock> m;
-        InSequence order;
-        EXPECT_CALL(m, vsan_cim_get_vsanEntry(kOwnQueue, 1, Pointee(Field(&VsanEntry::vsan, 10))))
-            .WillOnce(Return(0));
-        EXPECT_CALL(m, dm_cim_get_dmEntry(kOwnQueue, 10, 1, _)).WillOnce(Return(0));
-        const auto vsan10 = Pointee(Field(&VsanEntry::vsan, 10));
-        answer(EXPECT_CALL(m, vsan_build_instance(StrEq("VORNA_Vsan"), StrEq(kNs), vsan10, _,
-                                                  Eq(kProps), cmpihost::broker())),
-               times(mode == 1), fixed_instance(req, "Vsan"));
-        answer(EXPECT_CALL(m, vsan_fill_reference(StrEq("VORNA_Vsan"), StrEq(kNs), vsan10, _,
-                                                  cmpihost::broker())),
-               times(mode == 2), fixed_path(req, "Vsan"));
-        // The link instance is built without the request's property list.
-        answer(
-            EXPECT_CALL(m, hosted_service_build_instance(StrEq("VORNA_HostedService"), StrEq(kNs),
-                                                         vsan10, _, IsNull(), cmpihost::broker())),
-            times(mode == 3), fixed_instance(req, "Hosted"));
-        answer(
-            EXPECT_CALL(m, hosted_service_fill_reference(StrEq("VORNA_HostedService"), StrEq(kNs),
-                                                         vsan10, _, cmpihost::broker())),
-            times(mode == 4), fixed_path(req, "Hosted"));
-        EXPECT_EQ(
-            get_zone_service_associator_reference_helper("10", mode, nullptr, req.result(), kNs,
-                                                         props(), kOwnQueue, cmpihost::broker()),
-            0);
-        const Labels expected[] = {
-            {}, {"inst:Vsan"}, {"path:Vsan"}, {"inst:Hosted"}, {"path:Hosted"}, {}};
-        EXPECT_EQ(delivered(req), expected[mode]);
-    }
-}
-
-TEST_F(ZoneServiceAssoc, TheNameIsReadAsADecimalNumber) {
+TEST(ZoneServiceAssoc, TheNameIsADecimalVsanNumberAndOnlyAnUnknownVsanFails) {
     struct Case {
         const char *name;
         int vsan;
     };
+    // VSAN 10 is known but has no domain entry: nothing, and no failure.
     const Case cases[] = {{"12abc", 12}, {"abc", 0}, {"  +42", 42}, {"-3", -3}, {"0010", 10}};
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
-        cmpihost::Request req;
-        StrictMock<PlatformMock> m;
-        // An unknown VSAN: -1, and the domain manager is not asked.
-        EXPECT_CALL(m,
-                    vsan_cim_get_vsanEntry(kOwnQueue, 1, Pointee(Field(&VsanEntry::vsan, c.vsan))))
-            .WillOnce(Return(1));
-        EXPECT_EQ(get_zone_service_associator_reference_helper(c.name, ZONE_ASSOC_REFERENCE_NAMES,
-                                                               nullptr, req.result(), kNs, nullptr,
-                                                               kOwnQueue, cmpihost::broker()),
-                  -1);
-        EXPECT_TRUE(delivered(req).empty());
+        Call call;
+        call.answers.erase("domain 10");
+        EXPECT_EQ(run(call, c.name, ZONE_ASSOC_REFERENCE_NAMES, nullptr), c.vsan == 10 ? 0 : -1);
+        EXPECT_TRUE(call.delivered().empty());
+        Labels log = {"vsan " + std::to_string(c.vsan)};
+        if (c.vsan == 10) log.push_back("domain 10");
+        EXPECT_EQ(call.log, log);
     }
-}
-
-TEST_F(ZoneServiceAssoc, AMissingDomainEntryDeliversNothingButIsNoFailure) {
-    cmpihost::Request req;
-    StrictMock<PlatformMock> m;
-    InSequence order;
-    EXPECT_CALL(m, vsan_cim_get_vsanEntry(kOwnQueue, 1, _)).WillOnce(Return(0));
-    EXPECT_CALL(m, dm_cim_get_dmEntry(kOwnQueue, 10, 1, _)).WillOnce(Return(1));
-    EXPECT_EQ(
-        get_zone_service_associator_reference_helper("10", ZONE_ASSOC_REFERENCES, "", req.result(),
-                                                     kNs, nullptr, kOwnQueue, cmpihost::broker()),
-        0);
-    EXPECT_TRUE(delivered(req).empty());
 }
 
 }  // namespace
