@@ -14,6 +14,7 @@
 #include <pugixml.hpp>
 
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -405,23 +406,19 @@ class CimXmlServiceTest : public ::testing::Test {
 TEST_F(CimXmlServiceTest, WhatIsNoCimXmlRequestIsAProtocolError) {
     const std::string message =
         R"(<CIM CIMVERSION="2.0" DTDVERSION="2.0"><MESSAGE ID="1" PROTOCOLVERSION=)";
-    struct Case {
-        std::string body;
-        int status;
-        const char *cim_error;
-    };
-    const Case cases[] = {
+    // A body, the HTTP status and the CIMError header it is answered with.
+    const std::tuple<std::string, int, const char *> cases[] = {
         {"", 400, "request-not-well-formed"},
         {"<HTML></HTML>", 400, "request-not-valid"},
         {message + R"("1.0"><SIMPLERSP/></MESSAGE></CIM>)", 400, "request-not-valid"},
         {message + R"("2.0"><SIMPLEREQ/></MESSAGE></CIM>)", 501, "unsupported-protocol-version"},
         {R"(<CIM CIMVERSION="3.0" DTDVERSION="2.0"></CIM>)", 501, "unsupported-cim-version"},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.body);
-        const zoneserver::Answer answer = service_->handle(c.body);
-        EXPECT_EQ(answer.http_status, c.status);
-        EXPECT_EQ(answer.cim_error, c.cim_error);
+    for (const auto &[body, status, cim_error] : cases) {
+        SCOPED_TRACE(body);
+        const zoneserver::Answer answer = service_->handle(body);
+        EXPECT_EQ(answer.http_status, status);
+        EXPECT_EQ(answer.cim_error, cim_error);
         EXPECT_TRUE(answer.body.empty());
     }
 }

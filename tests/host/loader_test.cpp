@@ -6,6 +6,7 @@
 
 #include <cmpimacs.h>
 
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -151,23 +152,18 @@ TEST_F(LoaderTest, WhatTheProviderMakesBelongsToTheRequestItServes) {
 
 TEST(Loader, RefusesLibrariesThatCannotServe) {
     ASSERT_FALSE(host_test::testProviderPath().empty()) << "test provider path unknown";
-    struct Case {
-        const char *name;
-        const char *reason;  // how the error starts
-        const char *detail;  // and something it holds
-    };
-    const Case cases[] = {
+    // A provider name, how the error starts and something it holds.
+    const std::tuple<const char *, const char *, const char *> cases[] = {
         {"NoInstance", "NoInstance_Create_InstanceMI not found: ", "undefined symbol"},
         {"NullMI", "NullMI_Create_InstanceMI returned no MI", ""},
         {"BadStatus", "BadStatus_Create_InstanceMI failed: rc 1: not ready", ""},
         {"Future", "Future_Create_InstanceMI needs CMPI version 210", ""},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[name, reason, detail] : cases) {
         std::string error;
-        EXPECT_EQ(loadNamed(c.name, &error), nullptr);
-        EXPECT_EQ(error.rfind(c.reason, 0), 0u) << error;
-        EXPECT_NE(error.find(c.detail), std::string::npos) << error;
+        EXPECT_EQ(loadNamed(name, &error), nullptr) << name;
+        EXPECT_EQ(error.rfind(reason, 0), 0u) << error;
+        EXPECT_NE(error.find(detail), std::string::npos) << error;
     }
     std::string error;
     EXPECT_EQ(Provider::load("/nonexistent/libnothing.so", "X", &error), nullptr);

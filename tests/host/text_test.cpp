@@ -57,11 +57,8 @@ TEST(PathText, WritesHostNamespaceClassAndQuotedKeys) {
 
 TEST(PathText, ParsesWhatItWritesAndWbemclisFormsToTheSamePath) {
     Request request;
-    struct Case {
-        const char *text;
-        const char *written;  // nullptr: the text itself
-    };
-    const Case cases[] = {
+    // The text, and what is written back for it (nullptr: the text itself).
+    const std::pair<const char *, const char *> cases[] = {
         {"root/cimv2:VORNA_Zone", nullptr},
         {"Plain", nullptr},
         {R"(root/cimv2:VORNA_Zone.InstanceID="",Name="a,b=c.d:e")", nullptr},
@@ -75,10 +72,8 @@ TEST(PathText, ParsesWhatItWritesAndWbemclisFormsToTheSamePath) {
          R"(root/cimv2:Demo_Zone.Name="zoneA")"},
         {"//switch/interop:C", "interop:C"},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(pathToString(parse(c.text)), c.written != nullptr ? c.written : c.text);
-    }
+    for (const auto &[text, written] : cases)
+        EXPECT_EQ(pathToString(parse(text)), written != nullptr ? written : text) << text;
 }
 
 TEST(PathText, TypesKeysByHowTheirValuesAreWritten) {
@@ -112,11 +107,7 @@ TEST(PathText, TypesKeysByHowTheirValuesAreWritten) {
 
 TEST(PathText, NamesThePositionOfEverySyntaxError) {
     Request request;
-    struct Case {
-        const char *text;
-        const char *error;
-    };
-    const Case cases[] = {
+    const std::pair<const char *, const char *> cases[] = {
         {"", "empty path at position 0"},
         {"root/cimv2:", "expected a class name at position 11"},
         {"root/cimv2:9Zone", "expected a class name at position 11"},
@@ -134,11 +125,10 @@ TEST(PathText, NamesThePositionOfEverySyntaxError) {
         {R"(ns:C.R=ns:D.K="x,E=1)", "unterminated quoted value at position 7"},
         {R"(ns:C.R="ns:D.K=\"x")", "unterminated quoted value at position 15"},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.text);
+    for (const auto &[text, message] : cases) {
         std::string error;
-        EXPECT_FALSE(cmpihost::parsePath(c.text, &error).has_value());
-        EXPECT_EQ(error, c.error);
+        EXPECT_FALSE(cmpihost::parsePath(text, &error).has_value()) << text;
+        EXPECT_EQ(error, message) << text;
     }
     EXPECT_FALSE(cmpihost::parsePath("", nullptr).has_value());
 }

@@ -214,6 +214,15 @@ class CimXmlServerTest : public SwitchTest {
         return outcome.lines();
     }
 
+    // A wbemcli run the server answered with a CIM error: exit 16, the
+    // error on standard error, nothing on standard output.
+    void cim_error(const std::vector<std::string> &args, const std::string &shown) {
+        const Outcome outcome = run_program("wbemcli", args);
+        EXPECT_EQ(outcome.status, 16);
+        EXPECT_NE(outcome.err.find(shown), std::string::npos) << outcome.err;
+        EXPECT_EQ(outcome.out, "");
+    }
+
     // Paths the same operation gives run in-process by zonecim.
     std::vector<std::string> in_process(const std::vector<std::string> &args) {
         const Outcome outcome = zonecim(args);
@@ -359,12 +368,8 @@ TEST_F(CimXmlServerTest, MethodsThroughCmChangeTheSwitch) {
     // Deleting the zone from the editable database; active objects are not
     // the client's to change.
     EXPECT_EQ(wbemcli("di", zone).status, 0);
-    const Outcome gone = wbemcli("gi", zone);
-    EXPECT_EQ(gone.status, 16);
-    EXPECT_NE(gone.err.find("Cim: (6)"), std::string::npos) << gone.err;
-    const Outcome refused = wbemcli("di", active);
-    EXPECT_EQ(refused.status, 16);
-    EXPECT_NE(refused.err.find("Cim: ("), std::string::npos) << refused.err;
+    cim_error({"gi", url_ + zone}, "Cim: (6)");
+    cim_error({"di", url_ + active}, "Cim: (");
 
     // A device alias comes and goes through the device-alias service.
     const std::string alias = "VORNA_DeviceAlias.InstanceID=\"21:00:00:24:ff:4c:a9:c9\"";
@@ -392,10 +397,7 @@ TEST_F(CimXmlServerTest, FailuresComeBackAsSuchAndTheServerKeepsServing) {
     };
     for (const auto &[args, shown] : cim_failures) {
         SCOPED_TRACE(args[1]);
-        const Outcome outcome = run_program("wbemcli", args);
-        EXPECT_EQ(outcome.status, 16);
-        EXPECT_NE(outcome.err.find(shown), std::string::npos) << outcome.err;
-        EXPECT_EQ(outcome.out, "");
+        cim_error(args, shown);
     }
 
     const HttpReply good = raw_request(port, post(enumerate_names_body("VORNA_ZoneService")));
@@ -481,9 +483,7 @@ TEST_F(CimXmlServerTest, WithAUserOnlyItsCredentialsAreServed) {
               200);
 
     const std::string where = "127.0.0.1:" + std::to_string(port) + "/root/cimv2:VORNA_ZoneService";
-    const Outcome refused = run_program("wbemcli", {"ein", "http://admin:nope@" + where});
-    EXPECT_EQ(refused.status, 16);
-    EXPECT_NE(refused.err.find("Invalid username/password"), std::string::npos) << refused.err;
+    cim_error({"ein", "http://admin:nope@" + where}, "Invalid username/password");
     const Outcome served = run_program("wbemcli", {"ein", "http://admin:s3cret@" + where});
     EXPECT_EQ(served.status, 0) << served.err;
     EXPECT_FALSE(served.lines().empty());

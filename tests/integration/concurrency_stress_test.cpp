@@ -12,6 +12,7 @@
 // once the threads are done and output is back.
 #include <nlohmann/json.hpp>
 
+#include <array>
 #include <map>
 #include <random>
 #include <thread>
@@ -27,43 +28,44 @@ constexpr int kFirstVsan = 101;
 
 // ---- What a client believes its VSAN holds ----------------------------------
 
+// The kinds of zoning object: a zone set holds zones, a zone holds aliases.
+enum Kind { kSets, kZones, kAliases };
+const char *const kClass[] = {"VORNA_ZoneSet", "VORNA_Zone", "VORNA_ZoneAlias"};
+const char *const kDumpList[] = {"zone_sets", "zones", "aliases"};
+
 struct ZoningObject {
     std::string instance_id;
     std::vector<std::string> children;  // zone set: zones; zone: aliases
     std::vector<std::string> members;   // zone, alias: member texts (port WWNs)
 };
 using Objects = std::map<std::string, ZoningObject>;
+using Database = std::array<Objects, 3>;  // by Kind
 
-struct Database {
-    Objects zone_sets, zones, aliases;
-
-    // As the fabric dump shows a database, without the object numbers:
-    // objects by name, children and members (port WWNs) in the order they
-    // were added.
-    nlohmann::json json() const {
-        auto members = [](const std::vector<std::string> &wwns) {
-            nlohmann::json list = nlohmann::json::array();
-            for (const std::string &wwn : wwns) list.push_back({{"type", 10}, {"id", wwn}});
-            return list;
-        };
-        nlohmann::json out = {{"zone_sets", nlohmann::json::array()},
-                              {"zones", nlohmann::json::array()},
-                              {"aliases", nlohmann::json::array()}};
-        for (const auto &[name, set] : zone_sets)
-            out["zone_sets"].push_back({{"name", name}, {"zones", set.children}});
-        for (const auto &[name, zone] : zones)
-            out["zones"].push_back(
-                {{"name", name}, {"members", members(zone.members)}, {"aliases", zone.children}});
-        for (const auto &[name, alias] : aliases)
-            out["aliases"].push_back({{"name", name}, {"members", members(alias.members)}});
-        return out;
+// As the fabric dump shows a database, without the object numbers: objects
+// by name, children and members (port WWNs) in the order they were added.
+nlohmann::json dumped(const Database &database) {
+    nlohmann::json out;
+    for (const Kind kind : {kSets, kZones, kAliases}) {
+        nlohmann::json &list = out[kDumpList[kind]] = nlohmann::json::array();
+        for (const auto &[name, object] : database[kind]) {
+            nlohmann::json entry = {{"name", name}};
+            if (kind != kAliases) entry[kind == kSets ? "zones" : "aliases"] = object.children;
+            if (kind == kSets) {
+                list.push_back(entry);
+                continue;
+            }
+            nlohmann::json &members = entry["members"] = nlohmann::json::array();
+            for (const std::string &wwn : object.members)
+                members.push_back({{"type", 10}, {"id", wwn}});
+            list.push_back(entry);
+        }
     }
-};
+    return out;
+}
 
-// A database of the fabric dump as a model shows it: without object
-// numbers, objects by name.
+// A database of the fabric dump as a model shows it.
 nlohmann::json without_numbers(nlohmann::json database) {
-    for (const char *kind : {"zone_sets", "zones", "aliases"}) {
+    for (const char *kind : kDumpList) {
         nlohmann::json &list = database[kind];
         if (list.is_null()) list = nlohmann::json::array();
         for (nlohmann::json &object : list) object.erase("number");
@@ -75,8 +77,7 @@ nlohmann::json without_numbers(nlohmann::json database) {
 }
 
 struct VsanModel {
-    Database full;
-    Database active;
+    Database full, active;
     std::string active_zone_set;                        // empty: nothing active
     std::map<std::string, std::string> member_ids;      // member text -> member InstanceID
     std::map<std::string, std::string> device_aliases;  // name -> port WWN
@@ -86,15 +87,19 @@ struct VsanModel {
 // zones and their aliases.
 Database activated_copy(const Database &full, const std::string &zone_set) {
     Database active;
-    const ZoningObject &set = full.zone_sets.at(zone_set);
-    active.zone_sets[zone_set] = {"", set.children, {}};
+    const ZoningObject &set = full[kSets].at(zone_set);
+    active[kSets][zone_set] = {"", set.children, {}};
     for (const std::string &zone : set.children) {
-        const ZoningObject &z = full.zones.at(zone);
-        active.zones[zone] = {"", z.children, z.members};
+        const ZoningObject &z = full[kZones].at(zone);
+        active[kZones][zone] = {"", z.children, z.members};
         for (const std::string &alias : z.children)
-            active.aliases[alias] = {"", {}, full.aliases.at(alias).members};
+            active[kAliases][alias] = {"", {}, full[kAliases].at(alias).members};
     }
     return active;
+}
+
+bool holds(const std::vector<std::string> &items, const std::string &item) {
+    return std::find(items.begin(), items.end(), item) != items.end();
 }
 
 // ---- The fabric the clients start from ---------------------------------------
@@ -143,35 +148,29 @@ class Client {
     Client(const cmpihost::Provider &provider, int index)
         : provider_(provider),
           index_(index),
-          vsan_(std::to_string(kFirstVsan + index)),
+          vsan_(kFirstVsan + index),
           random_(static_cast<std::mt19937::result_type>(7919 * (index + 1))) {
         const std::string member = member_text(index, 0, 0x21);
-        model_.full.zone_sets["base_cfg"] = {vsan_ + "^1^0", {"base_zone"}, {}};
-        model_.full.zones["base_zone"] = {vsan_ + "^2^0", {}, {member}};
-        model_.member_ids[member] = vsan_ + "^10^" + member + "^0";
+        const std::string vsan = std::to_string(vsan_);
+        model_.full[kSets]["base_cfg"] = {vsan + "^1^0", {"base_zone"}, {}};
+        model_.full[kZones]["base_zone"] = {vsan + "^2^0", {}, {member}};
+        model_.member_ids[member] = vsan + "^10^" + member + "^0";
         model_.device_aliases["c" + std::to_string(index) + "_base"] = member_text(index, 0, 0x23);
     }
 
     // One request of a kind drawn at random; reads weigh a little more.
     void run(int requests) {
-        using Step = void (Client::*)();
-        static constexpr Step kSteps[] = {&Client::create_zone_set,
-                                          &Client::create_zone,
-                                          &Client::create_alias,
-                                          &Client::create_member,
-                                          &Client::add_existing_member,
-                                          &Client::add_zone,
-                                          &Client::add_alias,
-                                          &Client::activate,
-                                          &Client::delete_object,
-                                          &Client::unlink_zone,
-                                          &Client::create_device_alias,
-                                          &Client::remove_device_alias,
-                                          &Client::check_zone_set_zones,
-                                          &Client::check_get_instance,
-                                          &Client::read_anything,
-                                          &Client::read_anything};
-        for (int i = 0; i < requests; ++i) (this->*kSteps[below(std::size(kSteps))])();
+        using Step = void (*)(Client &);
+        static constexpr Step kSteps[] = {
+            [](Client &c) { c.create(kSets); },          [](Client &c) { c.create(kZones); },
+            [](Client &c) { c.create(kAliases); },       [](Client &c) { c.create_member(); },
+            [](Client &c) { c.add_member(); },           [](Client &c) { c.add_child(kSets); },
+            [](Client &c) { c.add_child(kZones); },      [](Client &c) { c.activate(); },
+            [](Client &c) { c.delete_object(); },        [](Client &c) { c.unlink_zone(); },
+            [](Client &c) { c.create_device_alias(); },  [](Client &c) { c.remove_device_alias(); },
+            [](Client &c) { c.check_zone_set_zones(); }, [](Client &c) { c.check_get_instance(); },
+            [](Client &c) { c.read_anything(); },        [](Client &c) { c.read_anything(); }};
+        for (int i = 0; i < requests; ++i) kSteps[below(std::size(kSteps))](*this);
     }
 
     const VsanModel &model() const { return model_; }
@@ -197,6 +196,10 @@ class Client {
         return "c" + std::to_string(index_) + "_" + kind + std::to_string(++serial_);
     }
 
+    std::string path_of(Kind kind, const std::string &name) {
+        return zoning_path(kClass[kind], model_.full[kind].at(name).instance_id);
+    }
+
     // A call that must succeed: counted, or noted as a problem.
     bool succeeded(const cmpihost::Status &status, const std::string &what,
                    const std::string &answer = "Success") {
@@ -213,108 +216,82 @@ class Client {
     // named output, when there is one.
     bool invoke(const char *method, const std::vector<Arg> &args, const char *output = nullptr,
                 std::string *created = nullptr) {
-        cmpihost::Request request;
-        CMPIArgs *out = request.newArgs();
-        const cmpihost::Status status = provider_.invokeMethod(
-            request, parsed(std::string(kNamespace) + ":VORNA_ZoneService.Name=\"" + vsan_ + "\""),
-            method, method_args(request, args), out);
-        if (!succeeded(status, method, cmpihost::returnedText(request))) return false;
-        if (output == nullptr) return true;
-        const CMPIData ref = out->ft->getArg(out, output, nullptr);
-        if (ref.type != CMPI_ref || ref.value.ref == nullptr) {
+        const auto [status, text] =
+            call_zone_service(provider_, vsan_, method, args, output, created);
+        if (!succeeded(status, method, text)) return false;
+        if (output != nullptr && created->empty()) {
             problem(std::string(method) + " gave no " + output);
             return false;
         }
-        *created =
-            cmpihost::dataText(ref.value.ref->ft->getKey(ref.value.ref, "InstanceID", nullptr));
         return true;
     }
 
-    void create(const char *method, const char *output, const char *kind, Objects &objects,
-                std::vector<Arg> more = {}) {
-        const std::string name = fresh_name(kind);
-        more.insert(more.begin(), {"Name", CMPI_string, name});
+    void create(Kind kind) {
+        static const char *const kMethods[] = {"CreateZoneSet", "CreateZone", "CreateZoneAlias"};
+        static const char *const kOutputs[] = {"ZoneSet", "Zone", "ZoneAlias"};
+        const std::string name = fresh_name(kOutputs[kind]);
+        std::vector<Arg> args{{"Name", CMPI_string, name}};
+        if (kind == kZones)
+            args.insert(args.end(),
+                        {{"ZoneType", CMPI_uint16, "2"}, {"ZoneSubType", CMPI_uint16, "2"}});
         std::string id;
-        if (invoke(method, more, output, &id)) objects[name] = {id, {}, {}};
-    }
-    void create_zone_set() { create("CreateZoneSet", "ZoneSet", "s", model_.full.zone_sets); }
-    void create_alias() { create("CreateZoneAlias", "ZoneAlias", "a", model_.full.aliases); }
-    void create_zone() {
-        create("CreateZone", "Zone", "z", model_.full.zones,
-               {{"ZoneType", CMPI_uint16, "2"}, {"ZoneSubType", CMPI_uint16, "2"}});
+        if (invoke(kMethods[kind], args, kOutputs[kind], &id))
+            model_.full[kind][name] = {id, {}, {}};
     }
 
     // A new port WWN member in a zone or an alias.
     void create_member() {
-        const bool in_zone = below(3) != 0 || model_.full.aliases.empty();
-        Objects &parents = in_zone ? model_.full.zones : model_.full.aliases;
-        const auto *parent = pick(parents);
-        if (parent == nullptr) return create_zone();
+        const Kind kind = below(3) != 0 || model_.full[kAliases].empty() ? kZones : kAliases;
+        const auto *parent = pick(model_.full[kind]);
+        if (parent == nullptr) return create(kZones);
         const std::string member = member_text(index_, ++serial_, 0x21);
         std::string id;
         if (invoke("CreateZoneMembershipSettingData",
                    {{"ConnectivityMemberType", CMPI_uint16, "10"},
                     {"ConnectivityMemberID", CMPI_string, member},
-                    {"Parent", CMPI_ref,
-                     zoning_path(in_zone ? "VORNA_Zone" : "VORNA_ZoneAlias",
-                                 parent->second.instance_id)}},
+                    {"Parent", CMPI_ref, path_of(kind, parent->first)}},
                    "ZoneMembershipSettingData", &id)) {
-            parents[parent->first].members.push_back(member);
+            model_.full[kind][parent->first].members.push_back(member);
             model_.member_ids[member] = id;
         }
     }
 
     // A member some zone or alias holds, into another that doesn't.
-    void add_existing_member() {
+    void add_member() {
         const auto *member = pick(model_.member_ids);
-        const bool to_zone = below(2) == 0;
-        Objects &parents = to_zone ? model_.full.zones : model_.full.aliases;
-        const auto *parent = pick(parents);
+        const Kind kind = below(2) == 0 ? kZones : kAliases;
+        const auto *parent = pick(model_.full[kind]);
         if (member == nullptr || parent == nullptr) return create_member();
-        const std::vector<std::string> &held = parent->second.members;
-        if (std::find(held.begin(), held.end(), member->first) != held.end()) return;
+        if (holds(parent->second.members, member->first)) return;
         if (invoke(
                 "AddZoneMembershipSettingData",
-                {{"Parent", CMPI_ref,
-                  zoning_path(to_zone ? "VORNA_Zone" : "VORNA_ZoneAlias",
-                              parent->second.instance_id)},
+                {{"Parent", CMPI_ref, path_of(kind, parent->first)},
                  {"Member", CMPI_ref, zoning_path("VORNA_ZoneMemberSettingData", member->second)}}))
-            parents[parent->first].members.push_back(member->first);
+            model_.full[kind][parent->first].members.push_back(member->first);
     }
 
     // A child not yet in the parent: zone into zone set, alias into zone.
-    void add_child(const char *method, Objects &parents, const char *parent_class,
-                   const Objects &children, const char *child_class) {
-        const auto *parent = pick(parents);
-        const auto *child = pick(children);
+    void add_child(Kind parent_kind) {
+        const Kind child_kind = parent_kind == kSets ? kZones : kAliases;
+        const auto *parent = pick(model_.full[parent_kind]);
+        const auto *child = pick(model_.full[child_kind]);
         if (parent == nullptr || child == nullptr) return;
-        const std::vector<std::string> &held = parent->second.children;
-        if (std::find(held.begin(), held.end(), child->first) != held.end()) return;
-        if (invoke(method,
-                   {{"Parent", CMPI_ref, zoning_path(parent_class, parent->second.instance_id)},
-                    {"Child", CMPI_ref, zoning_path(child_class, child->second.instance_id)}}))
-            parents[parent->first].children.push_back(child->first);
-    }
-    void add_zone() {
-        add_child("AddZone", model_.full.zone_sets, "VORNA_ZoneSet", model_.full.zones,
-                  "VORNA_Zone");
-    }
-    void add_alias() {
-        add_child("AddZoneAlias", model_.full.zones, "VORNA_Zone", model_.full.aliases,
-                  "VORNA_ZoneAlias");
+        if (holds(parent->second.children, child->first)) return;
+        if (invoke(parent_kind == kSets ? "AddZone" : "AddZoneAlias",
+                   {{"Parent", CMPI_ref, path_of(parent_kind, parent->first)},
+                    {"Child", CMPI_ref, path_of(child_kind, child->first)}}))
+            model_.full[parent_kind][parent->first].children.push_back(child->first);
     }
 
     // Mostly activations; now and then the active zone set is deactivated.
     void activate() {
         const bool deactivate = !model_.active_zone_set.empty() && below(4) == 0 &&
-                                model_.full.zone_sets.count(model_.active_zone_set) != 0;
-        const auto *set = pick(model_.full.zone_sets);
+                                model_.full[kSets].count(model_.active_zone_set) != 0;
+        const auto *set = pick(model_.full[kSets]);
         if (set == nullptr) return;
         const std::string name = deactivate ? model_.active_zone_set : set->first;
-        if (!invoke("ActivateZoneSet",
-                    {{"ZoneSet", CMPI_ref,
-                      zoning_path("VORNA_ZoneSet", model_.full.zone_sets.at(name).instance_id)},
-                     {"Activate", CMPI_boolean, deactivate ? "false" : "true"}}))
+        if (!invoke("ActivateZoneSet", {{"ZoneSet", CMPI_ref, path_of(kSets, name)},
+                                        {"Activate", CMPI_boolean, deactivate ? "false" : "true"}}))
             return;
         model_.active = deactivate ? Database{} : activated_copy(model_.full, name);
         model_.active_zone_set = deactivate ? "" : name;
@@ -328,39 +305,30 @@ class Client {
     // A zone set, zone or alias of the editable database, with every link
     // to it; a member that no zone or alias holds any more is gone too.
     void delete_object() {
-        static constexpr const char *kClasses[] = {"VORNA_ZoneSet", "VORNA_Zone",
-                                                   "VORNA_ZoneAlias"};
-        const int kind = below(3);
-        Objects *objects[] = {&model_.full.zone_sets, &model_.full.zones, &model_.full.aliases};
-        Objects *parents[] = {nullptr, &model_.full.zone_sets, &model_.full.zones};
-        const auto *victim = pick(*objects[kind]);
-        if (victim == nullptr ||
-            !delete_instance(zoning_path(kClasses[kind], victim->second.instance_id)))
-            return;
+        const Kind kind = static_cast<Kind>(below(3));
+        const auto *victim = pick(model_.full[kind]);
+        if (victim == nullptr || !delete_instance(path_of(kind, victim->first))) return;
         const std::string name = victim->first;
-        objects[kind]->erase(name);
-        if (parents[kind] != nullptr)
-            for (auto &[parent_name, parent] : *parents[kind]) std::erase(parent.children, name);
+        model_.full[kind].erase(name);
+        if (kind != kSets)
+            for (auto &[parent_name, parent] : model_.full[kind - 1])
+                std::erase(parent.children, name);
         std::erase_if(model_.member_ids, [this](const auto &member) {
-            for (const Objects *holders : {&model_.full.zones, &model_.full.aliases})
-                for (const auto &[name, holder] : *holders)
-                    if (std::find(holder.members.begin(), holder.members.end(), member.first) !=
-                        holder.members.end())
-                        return false;
+            for (const Kind holder : {kZones, kAliases})
+                for (const auto &[name, object] : model_.full[holder])
+                    if (holds(object.members, member.first)) return false;
             return true;
         });
     }
 
     // A zone out of a zone set, through its member-of-collection association.
     void unlink_zone() {
-        const auto *set = pick(model_.full.zone_sets);
+        const auto *set = pick(model_.full[kSets]);
         if (set == nullptr || set->second.children.empty()) return;
         const std::string zone = set->second.children[below(set->second.children.size())];
-        if (delete_instance(
-                link_path("VORNA_ZoneMemberOfCollection", "Collection",
-                          zoning_path("VORNA_ZoneSet", set->second.instance_id), "Member",
-                          zoning_path("VORNA_Zone", model_.full.zones.at(zone).instance_id))))
-            std::erase(model_.full.zone_sets[set->first].children, zone);
+        if (delete_instance(link_path("VORNA_ZoneMemberOfCollection", "Collection",
+                                      path_of(kSets, set->first), "Member", path_of(kZones, zone))))
+            std::erase(model_.full[kSets][set->first].children, zone);
     }
 
     void create_device_alias() {
@@ -381,21 +349,19 @@ class Client {
     // The zones a zone set's associators name are the ones the model holds
     // in it, whatever the other clients are doing meanwhile.
     void check_zone_set_zones() {
-        const auto *set = pick(model_.full.zone_sets);
+        const auto *set = pick(model_.full[kSets]);
         if (set == nullptr) return;
         cmpihost::Request request;
         const cmpihost::Status status = provider_.associatorNames(
-            request, parsed(zoning_path("VORNA_ZoneSet", set->second.instance_id)), nullptr,
-            nullptr, nullptr, nullptr);
-        std::vector<std::string> seen;
+            request, parsed(path_of(kSets, set->first)), nullptr, nullptr, nullptr, nullptr);
+        std::vector<std::string> seen, expected;
         for (const cmpihost::Delivery &d : request.deliveries())
             if (d.kind == cmpihost::Delivery::Kind::ObjectPath &&
                 cmpihost::text(d.path->ft->getClassName(d.path, nullptr)) == "VORNA_Zone")
                 seen.push_back(
                     cmpihost::dataText(d.path->ft->getKey(d.path, "InstanceID", nullptr)));
-        std::vector<std::string> expected;
         for (const std::string &zone : set->second.children)
-            expected.push_back(model_.full.zones.at(zone).instance_id);
+            expected.push_back(model_.full[kZones].at(zone).instance_id);
         std::sort(seen.begin(), seen.end());
         std::sort(expected.begin(), expected.end());
         succeeded(status, "associatorNames of " + set->first,
@@ -404,15 +370,12 @@ class Client {
 
     // One zone (or alias) of the model, fetched by its key, comes back once.
     void check_get_instance() {
-        const bool zone = below(2) == 0;
-        const auto *object = pick(zone ? model_.full.zones : model_.full.aliases);
+        const Kind kind = below(2) == 0 ? kZones : kAliases;
+        const auto *object = pick(model_.full[kind]);
         if (object == nullptr) return;
         cmpihost::Request request;
         const cmpihost::Status status =
-            provider_.getInstance(request,
-                                  parsed(zoning_path(zone ? "VORNA_Zone" : "VORNA_ZoneAlias",
-                                                     object->second.instance_id)),
-                                  nullptr);
+            provider_.getInstance(request, parsed(path_of(kind, object->first)), nullptr);
         succeeded(status, "getInstance of " + object->first,
                   request.deliveries().size() == 1 ? "Success" : "not one instance");
     }
@@ -420,16 +383,7 @@ class Client {
     // Reads across every VSAN, racing with the other clients' changes: they
     // must simply succeed.
     void read_anything() {
-        static constexpr const char *kClasses[] = {"VORNA_ZoneSet",
-                                                   "VORNA_Zone",
-                                                   "VORNA_ZoneAlias",
-                                                   "VORNA_ZoneMemberSettingData",
-                                                   "VORNA_DeviceAlias",
-                                                   "VORNA_ZoneMemberOfCollection",
-                                                   "VORNA_ElementSettingData",
-                                                   "VORNA_ZoneService",
-                                                   "VORNA_ZoneHostedCollection"};
-        const std::string cls = kClasses[below(std::size(kClasses))];
+        const std::string cls = kInstanceClasses[below(kInstanceClasses.size())];
         cmpihost::Request request;
         CMPIObjectPath *path = request.newObjectPath(kNamespace, cls);
         switch (below(3)) {
@@ -440,17 +394,15 @@ class Client {
                 succeeded(provider_.enumInstances(request, path, nullptr), "enumInstances " + cls);
                 break;
             default:
-                succeeded(
-                    provider_.references(
-                        request, parsed("root/cimv2:VORNA_ZoneService.Name=\"" + vsan_ + "\""),
-                        nullptr, nullptr, nullptr),
-                    "references of the zone service");
+                succeeded(provider_.references(request, parsed(zone_service_path(vsan_)), nullptr,
+                                               nullptr, nullptr),
+                          "references of the zone service");
         }
     }
 
     const cmpihost::Provider &provider_;
     const int index_;
-    const std::string vsan_;
+    const int vsan_;
     std::mt19937 random_;
     VsanModel model_;
     int serial_ = 0;
@@ -493,17 +445,16 @@ TEST_F(ConcurrencyStressTest, ClientsInTheirOwnVsansEndWithWhatTheirSuccessfulCa
     std::map<int, nlohmann::json> vsans;
     for (const nlohmann::json &vsan : state.at("vsans")) vsans[vsan.at("number").get<int>()] = vsan;
     ASSERT_EQ(vsans.size(), static_cast<std::size_t>(kClients));
-    std::map<std::string, std::string> expected_aliases;
+    std::map<std::string, std::string> expected_aliases, aliases;
     for (int c = 0; c < kClients; ++c) {
         SCOPED_TRACE("VSAN " + std::to_string(kFirstVsan + c));
         const VsanModel &model = clients[static_cast<std::size_t>(c)]->model();
         ASSERT_EQ(vsans.count(kFirstVsan + c), 1u);
         const nlohmann::json &vsan = vsans[kFirstVsan + c];
-        EXPECT_EQ(without_numbers(vsan.at("full")), model.full.json());
-        EXPECT_EQ(without_numbers(vsan.at("active")), model.active.json());
+        EXPECT_EQ(without_numbers(vsan.at("full")), dumped(model.full));
+        EXPECT_EQ(without_numbers(vsan.at("active")), dumped(model.active));
         expected_aliases.insert(model.device_aliases.begin(), model.device_aliases.end());
     }
-    std::map<std::string, std::string> aliases;
     for (const nlohmann::json &alias : state.at("device_aliases"))
         aliases[alias.at("name").get<std::string>()] = alias.at("pwwn").get<std::string>();
     EXPECT_EQ(aliases, expected_aliases);

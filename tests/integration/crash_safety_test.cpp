@@ -20,7 +20,7 @@ namespace zonetest {
 namespace {
 
 constexpr int kVsan = 10;
-const std::string kZoneSet = "root/cimv2:VORNA_ZoneSet.InstanceID=\"10^1^0\"";  // prod_a_cfg
+const std::string kZoneSet = zoning_path("VORNA_ZoneSet", "10^1^0");  // prod_a_cfg
 
 std::string lower(std::string text) {
     for (char &c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -34,22 +34,12 @@ std::string lower(std::string text) {
 //   member NAME WWN         the member was created in the zone
 //   device-alias NAME WWN   the device alias was created
 void run_series(const cmpihost::Provider &provider, int round, int ack_fd) {
-    // true when the method answered "Success"; *created receives the
-    // InstanceID of its output reference named output.
+    // true when the method answered "Success".
     auto invoke = [&](const char *method, const std::vector<Arg> &args,
                       const char *output = nullptr, std::string *created = nullptr) {
-        cmpihost::Request request;
-        CMPIArgs *out = request.newArgs();
-        const cmpihost::Status status =
-            provider.invokeMethod(request, parsed("root/cimv2:VORNA_ZoneService.Name=\"10\""),
-                                  method, method_args(request, args), out);
-        if (status.rc != CMPI_RC_OK || cmpihost::returnedText(request) != "Success") return false;
-        if (output == nullptr) return true;
-        const CMPIData ref = out->ft->getArg(out, output, nullptr);
-        if (ref.type == CMPI_ref && ref.value.ref != nullptr)
-            *created =
-                cmpihost::dataText(ref.value.ref->ft->getKey(ref.value.ref, "InstanceID", nullptr));
-        return true;
+        const auto [status, text] =
+            call_zone_service(provider, kVsan, method, args, output, created);
+        return status.rc == CMPI_RC_OK && text == "Success";
     };
     auto acknowledge = [ack_fd](const std::string &what) {
         const std::string line = what + "\n";
@@ -73,7 +63,7 @@ void run_series(const cmpihost::Provider &provider, int round, int ack_fd) {
                    "Zone", &zone_id))
             acknowledge("zone " + zone);
         if (zone_id.empty()) continue;
-        const std::string zone_path = "root/cimv2:VORNA_Zone.InstanceID=\"" + zone_id + "\"";
+        const std::string zone_path = zoning_path("VORNA_Zone", zone_id);
         if (invoke("AddZone", {{"ZoneSet", CMPI_ref, kZoneSet}, {"Zone", CMPI_ref, zone_path}}))
             acknowledge("zone-in-set " + zone);
         if (invoke("CreateZoneMembershipSettingData",

@@ -217,11 +217,7 @@ class FaultSweepTest : public SwitchTest {
 };
 
 TEST_F(FaultSweepTest, ReadsDeliverAPrefixOfTheirAnswer) {
-    for (const std::string cls :
-         {"VORNA_ZoneSet", "VORNA_Zone", "VORNA_ZoneAlias", "VORNA_DeviceAlias",
-          "VORNA_ZoneMemberSettingData", "VORNA_ZoneService", "VORNA_HostedService",
-          "VORNA_ZoneMemberOfCollection", "VORNA_ElementSettingData", "VORNA_ZoneHostedCollection",
-          "VORNA_HostedCollection"}) {
+    for (const std::string &cls : kInstanceClasses) {
         sweep_read("enumInstanceNames " + cls,
                    [&](cmpihost::Request &request) {
                        return provider().enumInstanceNames(request, class_path(request, cls));
@@ -366,9 +362,7 @@ TEST_F(FaultSweepTest, DeletesAndMethodsChangeAllOrNothing) {
         sweep_change(
             method.name,
             [&](cmpihost::Request &request) {
-                return provider().invokeMethod(request,
-                                               parsed("root/cimv2:VORNA_ZoneService.Name=\"" +
-                                                      std::to_string(method.vsan) + "\""),
+                return provider().invokeMethod(request, parsed(zone_service_path(method.vsan)),
                                                method.name, method_args(request, method.args),
                                                request.newArgs());
             },

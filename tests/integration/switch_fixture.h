@@ -29,9 +29,31 @@ namespace zonetest {
 inline const char *kNamespace = "root/cimv2";
 inline const std::string kExampleFabric = std::string(ZONE_SOURCE_DIR) + "/examples/fabric.json";
 
+// Every class the provider enumerates instances of; the hosted collections
+// are served but never hold an instance.
+inline const std::vector<std::string> kInstanceClasses = {"VORNA_ZoneService",
+                                                          "VORNA_HostedService",
+                                                          "VORNA_ZoneSet",
+                                                          "VORNA_Zone",
+                                                          "VORNA_ZoneAlias",
+                                                          "VORNA_ZoneMemberSettingData",
+                                                          "VORNA_DeviceAlias",
+                                                          "VORNA_ZoneMemberOfCollection",
+                                                          "VORNA_ElementSettingData",
+                                                          "VORNA_ZoneHostedCollection",
+                                                          "VORNA_HostedCollection"};
+
 // Provider calls run with standard output pointed at /dev/null: tests keep
 // it for their own report.
 using cmpihost::QuietStdout;
+
+// A provider call run with its trace lines silenced; what it returns is
+// checked afterwards, where a failure's message can still be seen.
+template <typename Call>
+auto quietly(Call call) {
+    QuietStdout quiet;
+    return call();
+}
 
 // What one program run left behind.
 struct Outcome {
@@ -178,6 +200,31 @@ inline CMPIArgs *method_args(cmpihost::Request &request, const std::vector<Arg> 
     return in;
 }
 
+// The zone service of a VSAN, by the one key the provider reads.
+inline std::string zone_service_path(int vsan) {
+    return std::string(kNamespace) + ":VORNA_ZoneService.Name=\"" + std::to_string(vsan) + "\"";
+}
+
+// A method of a VSAN's zone service in a request of its own: its status and
+// the text it returned. *created receives the InstanceID of its output
+// reference named output (empty when there is none).
+inline std::pair<cmpihost::Status, std::string> call_zone_service(
+    const cmpihost::Provider &provider, int vsan, const char *method, const std::vector<Arg> &args,
+    const char *output = nullptr, std::string *created = nullptr) {
+    cmpihost::Request request;
+    CMPIArgs *out = request.newArgs();
+    const cmpihost::Status status = provider.invokeMethod(request, parsed(zone_service_path(vsan)),
+                                                          method, method_args(request, args), out);
+    if (output != nullptr) {
+        const CMPIData ref = out->ft->getArg(out, output, nullptr);
+        *created = ref.type != CMPI_ref || ref.value.ref == nullptr
+                       ? ""
+                       : cmpihost::dataText(
+                             ref.value.ref->ft->getKey(ref.value.ref, "InstanceID", nullptr));
+    }
+    return {status, cmpihost::returnedText(request)};
+}
+
 // The canonical text of a reference key (or property) of a path.
 inline std::string reference_key(const CMPIObjectPath *path, const char *name) {
     const CMPIData value = path->ft->getKey(path, name, nullptr);
@@ -229,10 +276,10 @@ class SwitchTest : public ::testing::Test {
     // The paths enumerateInstanceNames delivers for a class, owned by request.
     std::vector<const CMPIObjectPath *> paths_of(cmpihost::Request &request,
                                                  const std::string &cls) {
-        QuietStdout quiet;
-        const cmpihost::Status status =
-            provider().enumInstanceNames(request, class_path(request, cls));
-        EXPECT_EQ(status.rc, CMPI_RC_OK) << cls;
+        CMPIObjectPath *path = class_path(request, cls);
+        EXPECT_EQ(quietly([&] { return provider().enumInstanceNames(request, path); }).rc,
+                  CMPI_RC_OK)
+            << cls;
         std::vector<const CMPIObjectPath *> paths;
         for (const cmpihost::Delivery &d : request.deliveries()) paths.push_back(d.path);
         return paths;
@@ -246,10 +293,10 @@ class SwitchTest : public ::testing::Test {
 
     std::vector<std::string> instance_paths_of(const std::string &cls) {
         cmpihost::Request request;
-        QuietStdout quiet;
-        const cmpihost::Status status =
-            provider().enumInstances(request, class_path(request, cls), nullptr);
-        EXPECT_EQ(status.rc, CMPI_RC_OK) << cls;
+        CMPIObjectPath *path = class_path(request, cls);
+        EXPECT_EQ(quietly([&] { return provider().enumInstances(request, path, nullptr); }).rc,
+                  CMPI_RC_OK)
+            << cls;
         return delivered_paths(request);
     }
 

@@ -296,12 +296,30 @@ TEST_F(BuildersTest, AssociationsReferToBothEnds) {
     EXPECT_EQ(type_of(link_instance, "Collection"), CMPI_ref);
 }
 
-// Every builder without its record or reference, and each shared step
-// (broker, namespace, class, role name).
+// A broker that can't make objects: its factories fail with an error status.
+CMPIObjectPath *refuse_path(const CMPIBroker *, const char *, const char *, CMPIStatus *rc) {
+    if (rc != nullptr) *rc = CMPIStatus{CMPI_RC_ERR_FAILED, nullptr};
+    return nullptr;
+}
+CMPIInstance *refuse_instance(const CMPIBroker *, const CMPIObjectPath *, CMPIStatus *rc) {
+    if (rc != nullptr) *rc = CMPIStatus{CMPI_RC_ERR_FAILED, nullptr};
+    return nullptr;
+}
+
+// Every builder without its record or reference, each shared step (broker,
+// namespace, class, role name), and a broker whose factories fail: for
+// paths, or for instances only (paths are still made then).
 TEST_F(BuildersTest, NothingIsBuiltWithoutBrokerRecordReferenceOrName) {
     const CMPIBroker *none = nullptr;
     CMPIObjectPath *zref = zone_fill_reference("VORNA_Zone", kNs, &zone, broker);
     ASSERT_NE(zref, nullptr);
+    CMPIBrokerEncFT no_instances = *broker->eft, no_paths = *broker->eft;
+    no_instances.newInstance = refuse_instance;
+    no_paths.newObjectPath = refuse_path;
+    CMPIBroker instance_refuser = *broker, path_refuser = *broker;
+    instance_refuser.eft = &no_instances;
+    path_refuser.eft = &no_paths;
+    EXPECT_NE(zone_fill_reference("VORNA_Zone", kNs, &zone, &instance_refuser), nullptr);
     const std::pair<const char *, const void *> cases[] = {
         {"no broker", zone_service_build_instance("C", kNs, 10, nullptr, -1, none)},
         {"no namespace", zone_service_fill_reference("C", nullptr, 10, broker)},
@@ -350,38 +368,15 @@ TEST_F(BuildersTest, NothingIsBuiltWithoutBrokerRecordReferenceOrName) {
          zone_hosted_collection_fill_reference("C", kNs, zref, nullptr, broker)},
         {"association, no role name",
          association_class_build_instance_path("C", kNs, zref, zref, nullptr, "B", broker)},
+        {"instance refused", zone_build_instance("C", kNs, &zone, nullptr, &instance_refuser)},
+        {"link instance refused", zmoc_build_instance("C", kNs, &zone, &alias, &instance_refuser)},
+        {"path refused", zone_fill_reference("C", kNs, &zone, &path_refuser)},
+        {"service, path refused",
+         zone_service_build_instance("C", kNs, 10, nullptr, -1, &path_refuser)},
+        {"hosted zone path refused",
+         hosted_collection_fill_reference_zone("C", kNs, &vsan, &domain, &zone, &path_refuser)},
     };
     for (const auto &[what, built] : cases) EXPECT_EQ(built, nullptr) << what;
-}
-
-// A broker that can't make objects: its factories fail with an error status.
-CMPIObjectPath *refuse_path(const CMPIBroker *, const char *, const char *, CMPIStatus *rc) {
-    if (rc != nullptr) *rc = CMPIStatus{CMPI_RC_ERR_FAILED, nullptr};
-    return nullptr;
-}
-CMPIInstance *refuse_instance(const CMPIBroker *, const CMPIObjectPath *, CMPIStatus *rc) {
-    if (rc != nullptr) *rc = CMPIStatus{CMPI_RC_ERR_FAILED, nullptr};
-    return nullptr;
-}
-
-TEST_F(BuildersTest, BrokerThatFailsGivesNull) {
-    CMPIBrokerEncFT no_instances = *broker->eft;
-    no_instances.newInstance = refuse_instance;
-    CMPIBroker instance_refuser = *broker;
-    instance_refuser.eft = &no_instances;
-    // Paths still work, instances don't.
-    EXPECT_NE(zone_fill_reference("VORNA_Zone", kNs, &zone, &instance_refuser), nullptr);
-    EXPECT_EQ(zone_build_instance("VORNA_Zone", kNs, &zone, nullptr, &instance_refuser), nullptr);
-    EXPECT_EQ(zmoc_build_instance("C", kNs, &zone, &alias, &instance_refuser), nullptr);
-
-    CMPIBrokerEncFT no_paths = *broker->eft;
-    no_paths.newObjectPath = refuse_path;
-    CMPIBroker path_refuser = *broker;
-    path_refuser.eft = &no_paths;
-    EXPECT_EQ(zone_fill_reference("VORNA_Zone", kNs, &zone, &path_refuser), nullptr);
-    EXPECT_EQ(zone_service_build_instance("C", kNs, 10, nullptr, -1, &path_refuser), nullptr);
-    EXPECT_EQ(hosted_collection_fill_reference_zone("C", kNs, &vsan, &domain, &zone, &path_refuser),
-              nullptr);
 }
 
 }  // namespace

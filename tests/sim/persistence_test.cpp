@@ -140,17 +140,10 @@ TEST_F(PersistenceTest, StateSurvivesReopeningAndAnOlderFileGetsTheListingIndex)
     }
     // Inside a request, listings for a second VSAN read the index.
     auto everything = [&] {
-        std::vector<std::vector<std::string>> listed;
         mutex_lock();
-        for (int vsan : {1, 7}) {
-            for (int active : {1, 0}) {
-                listed.push_back(zoneSets(vsan, active, true));
-                listed.push_back(zones(vsan, active, true));
-                listed.push_back(aliases(vsan, active, true));
-                listed.push_back(members(vsan, active));
-                listed.push_back(setZones(id(vsan, 1, active)));
-            }
-        }
+        std::vector<std::vector<std::string>> listed = databases({1, 7});
+        for (int vsan : {1, 7})
+            for (int active : {1, 0}) listed.push_back(setZones(id(vsan, 1, active)));
         mutex_unlock();
         return listed;
     };

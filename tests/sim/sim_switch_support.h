@@ -179,6 +179,18 @@ class SwitchTest : public ::testing::Test {
         EXPECT_EQ(static_cast<int>(ids.size()), count);
         return ids;
     }
+    // Every database of the VSANs, listed one call at a time, active first:
+    // zone set and zone InstanceIDs, zone names, alias and member
+    // InstanceIDs.
+    std::vector<std::vector<std::string>> databases(const std::vector<int> &vsans) {
+        std::vector<std::vector<std::string>> listed;
+        for (const int vsan : vsans)
+            for (const bool active : {true, false})
+                listed.insert(listed.end(), {zoneSets(vsan, active, true),
+                                             zones(vsan, active, true), zones(vsan, active),
+                                             aliases(vsan, active, true), members(vsan, active)});
+        return listed;
+    }
     std::vector<std::string> zoneMembers(const std::string &zone_id) {
         ZoneMemberRecord *list = nullptr;
         EXPECT_EQ(0, zs_cim_get_zone_zone_members_by_instance_id(q_, zone_id.c_str(), &list));

@@ -1,6 +1,7 @@
 // The zone server of the simulated switch: the VSAN table, commands and
 // their refusals, queries, member identity, activation, removal and
 // capacity, through the platform operations.
+#include "sim/sim_records.h"
 #include "sim_switch_support.h"
 
 namespace simtest {
@@ -47,6 +48,21 @@ TEST_F(ZoneServerTest, VsanTableWalksInOrderAndKnowsDomains) {
     EXPECT_EQ(0, dm_cim_get_dmEntry(q_, 10, 1, &domain));
     EXPECT_EQ(kNotFound, dm_cim_get_dmEntry(q_, 4094, 1, &domain));  // no domain entry
     EXPECT_EQ(kVsanNotConfigured, dm_cim_get_dmEntry(q_, 2, 1, &domain));
+
+    // The whole table in one allocation; a VSAN without a name is called
+    // after its number.
+    int count = -1;
+    VsanEntry *entries = nullptr;
+    ASSERT_EQ(0, vsan_cim_get_all_vsanEntry(q_, &count, &entries));
+    ASSERT_EQ(3, count);
+    const auto *described = reinterpret_cast<const SimVsanEntry *>(entries);
+    EXPECT_STREQ("VSAN0001", described[0].name);
+    EXPECT_STREQ("prod", described[1].name);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ((std::vector<int>{1, 10, 4094})[i], described[i].vsan);
+        EXPECT_EQ(i < 2 ? 1 : 0, described[i].has_domain) << i;
+    }
+    std::free(entries);
 }
 
 TEST_F(ZoneServerTest, CreationChecksNamesUniquenessAndVsans) {
@@ -310,6 +326,74 @@ TEST_F(SwitchTest, CapacityLimitsRefuseCommands) {
     EXPECT_EQ(0, removeObject(1, ZP_OBJECT_ZONE, zone));  // frees a zone and a member entry
     zone = create(1, ZP_OBJECT_ZONE, "z2");
     EXPECT_EQ(0, member(1, ZP_OBJECT_ZONE, zone, 3, "0x010102"));
+}
+
+// Who owns what the switch hands back: every array, node, record and
+// generic list is the caller's to free exactly once (the sanitizer runs
+// catch a double free or a leak). The fixture's helpers free all they read,
+// so every test of the switch checks that; these are the empty and failed
+// answers: an empty database answers an allocated array (one free) and a
+// null list, a failed query leaves the caller's variables alone.
+TEST_F(ZoneServerTest, EmptyAndFailedAnswersHandBackOnlyWhatTheCallerFrees) {
+    int count = -1;
+    ZoneSetRecord *sets = nullptr;
+    ASSERT_EQ(0, zs_cim_get_all_non_active_zone_sets(q_, 10, &count, &sets));
+    EXPECT_EQ(0, count);
+    EXPECT_NE(nullptr, sets);
+    std::free(sets);
+    EXPECT_TRUE(zones(10, true).empty());
+    EXPECT_TRUE(aliases(10, true).empty());
+    ZoneMemberRecord *member_list = nullptr;
+    ASSERT_EQ(0, zs_cim_get_all_non_active_zone_members(q_, 10, &count, &member_list));
+    EXPECT_EQ(0, count);
+    EXPECT_EQ(nullptr, member_list);
+    const int lonely = create(10, ZP_OBJECT_ZONE, "lonely");
+    const std::string zone = id(10, lonely), set = id(10, create(10, ZP_OBJECT_ZONE_SET, "empty"));
+    ZoneAliasRecord *alias_list = nullptr;
+    EXPECT_EQ(0, zs_cim_get_zone_zone_aliases_by_instance_id(q_, zone.c_str(), &alias_list));
+    EXPECT_EQ(nullptr, alias_list);
+    ZoneSetRecord *set_list = nullptr;
+    EXPECT_EQ(0, zs_cim_get_zone_zone_set_parents_by_instance_id(q_, zone.c_str(), &set_list));
+    EXPECT_EQ(nullptr, set_list);
+    EXPECT_TRUE(setZones(set).empty());
+    EXPECT_TRUE(zoneMembers(zone).empty());
+
+    // Sentinels that a failed query must leave alone (never freed here).
+    int sentinel_storage = 0;
+    auto *sentinel = reinterpret_cast<ZoneRecord *>(&sentinel_storage);
+    count = 42;
+    ZoneRecord *zone_list = sentinel;
+    EXPECT_EQ(kVsanNotConfigured, zs_cim_get_all_non_active_zones(q_, 2, &count, &zone_list));
+    EXPECT_EQ(kQueueNotOpen, zs_cim_get_all_non_active_zones(-1, 1, &count, &zone_list));
+    EXPECT_EQ(kNotFound, zs_cim_get_zone_set_zones_by_instance_id(q_, "1^99^0", &zone_list));
+    EXPECT_EQ(kInvalidArgument, zs_cim_get_zone_set_zones_by_instance_id(q_, nullptr, &zone_list));
+    EXPECT_EQ(kInvalidArgument, zs_cim_get_all_non_active_zones(q_, 1, nullptr, &zone_list));
+    EXPECT_EQ(sentinel, zone_list);
+    EXPECT_EQ(42, count);
+    cim_g_slist *parents = cim_g_slist_alloc();
+    EXPECT_EQ(kNotFound,
+              zs_cim_get_zone_member_zone_parents_by_instance_id(q_, "1^3^0x010101^0", &parents));
+    EXPECT_EQ(0, cim_g_slist_length(parents));
+    cim_g_slist_destroy(parents);
+    cim_g_slist_destroy(nullptr);
+    EXPECT_EQ(0, cim_g_slist_length(nullptr));
+    EXPECT_EQ(nullptr, cim_g_slist_nth_data(nullptr, 0));
+
+    // A created object's record is the caller's (a record of its kind); a
+    // removal hands none back.
+    void *record = nullptr;
+    ASSERT_EQ(0, command([&](int *error) {
+                  return zs_cim_create_zoning_object(q_, ZP_OP_ADD, 1, ZP_OBJECT_ZONE_ALIAS, "al",
+                                                     &record, error);
+              }));
+    EXPECT_STREQ("al", static_cast<ZoneAliasRecord *>(record)->name);
+    std::free(record);
+    record = &count;
+    ASSERT_EQ(0, command([&](int *error) {
+                  return zs_cim_create_zoning_object_with_id(q_, ZP_OP_REMOVE, 10, ZP_OBJECT_ZONE,
+                                                             lonely, &record, error);
+              }));
+    EXPECT_EQ(nullptr, record);
 }
 
 }  // namespace

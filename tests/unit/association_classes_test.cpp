@@ -161,32 +161,59 @@ TEST(AssociationClasses, AnUnreadableOrEmptyVsanTableGivesNothing) {
     EXPECT_TRUE(c.delivered().empty());
 }
 
-TEST(AssociationClasses, HostedCollectionGetInstanceRepeatsTheReferencesOnAPathOfTheSwitch) {
-    for (const bool with_antecedent : {true, false}) {
-        SCOPED_TRACE(with_antecedent ? "both keys" : "no antecedent");
-        Call c;
-        CMPIObjectPath *vsan = c.req.newObjectPath(kNs, "VORNA_Vsan");
-        cmpihost::addStringKey(vsan, "Name", "VSAN1");
-        CMPIObjectPath *zone = c.req.newObjectPath(kNs, "VORNA_Zone");
-        cmpihost::addStringKey(zone, "InstanceID", "1^10^0");
-        CMPIObjectPath *op = c.req.newObjectPath(kNs, "VORNA_ZoneHostedCollection");
-        cmpihost::addReferenceKey(op, "dependent", zone);
-        if (with_antecedent) cmpihost::addReferenceKey(op, "ANTECEDENT", vsan);
-        EXPECT_CALL(c.m, getCSName()).WillOnce(Return("switch-7"));
+// The hosted collection and the hosted service are rebuilt from the
+// request's path alone, on a path of the switch's own host, repeating the
+// request's references whatever the order and case of their key names. A
+// key the path lacks, or one of the right name that holds no reference,
+// leaves its end without a reference.
+TEST(AssociationClasses, HostedLinksRepeatTheRequestsReferencesOnAPathOfTheSwitch) {
+    struct Link {
+        const char *cls;
+        int (*rebuild)(const CMPIObjectPath *, const CMPIResult *);
+        const char *text_key;  // what a key holding text leaves of its end
+    };
+    const Link links[] = {
+        {"VORNA_ZoneHostedCollection",
+         [](const CMPIObjectPath *op, const CMPIResult *result) {
+             return get_zone_hosted_collection_instance(op, result, nullptr, kQueue,
+                                                        cmpihost::broker());
+         },
+         ""},
+        {"VORNA_HostedService",
+         [](const CMPIObjectPath *op, const CMPIResult *result) {
+             CMPIStatus st{CMPI_RC_OK, nullptr};
+             const int rc =
+                 get_hosted_service_instance(op, result, nullptr, kQueue, cmpihost::broker(), &st);
+             EXPECT_EQ(st.rc, CMPI_RC_OK);
+             return rc;
+         },
+         "Antecedent=,"},
+    };
+    enum Antecedent { kReference, kText, kMissing };
+    for (const Link &link : links) {
+        for (const Antecedent antecedent : {kReference, kText, kMissing}) {
+            SCOPED_TRACE(std::string(link.cls) + " antecedent " + std::to_string(antecedent));
+            Call c;
+            CMPIObjectPath *vsan = c.req.newObjectPath(kNs, "VORNA_Vsan");
+            cmpihost::addStringKey(vsan, "Name", "VSAN1");
+            CMPIObjectPath *zone = c.req.newObjectPath(kNs, "VORNA_Zone");
+            cmpihost::addStringKey(zone, "InstanceID", "1^10^0");
+            CMPIObjectPath *op = c.req.newObjectPath(kNs, link.cls);
+            cmpihost::addReferenceKey(op, "dependent", zone);
+            if (antecedent == kReference) cmpihost::addReferenceKey(op, "ANTECEDENT", vsan);
+            if (antecedent == kText) cmpihost::addStringKey(op, "Antecedent", "not a reference");
+            EXPECT_CALL(c.m, getCSName()).WillOnce(Return("switch-7"));
 
-        EXPECT_EQ(get_zone_hosted_collection_instance(op, c.req.result(), nullptr, kQueue,
-                                                      cmpihost::broker()),
-                  0);
-        EXPECT_TRUE(c.log.empty());
-        ASSERT_EQ(c.req.deliveries().size(), 1u);
-        const CMPIInstance *instance = c.req.deliveries()[0].instance;
-        // On a path of the switch's own host; a key the request's path lacks
-        // leaves its property unset.
-        const std::string antecedent = R"(Antecedent="root/zoning:VORNA_Vsan.Name=\"VSAN1\"",)";
-        EXPECT_EQ(cmpihost::instanceToString(instance),
-                  "switch-7/root/zoning:VORNA_ZoneHostedCollection " +
-                      (with_antecedent ? antecedent : "") +
-                      R"(Dependent="root/zoning:VORNA_Zone.InstanceID=\"1^10^0\"")");
+            EXPECT_EQ(link.rebuild(op, c.req.result()), 0);
+            EXPECT_TRUE(c.log.empty());
+            ASSERT_EQ(c.req.deliveries().size(), 1u);
+            EXPECT_EQ(c.req.doneCount(), 0);
+            const std::string reference = R"(Antecedent="root/zoning:VORNA_Vsan.Name=\"VSAN1\"",)";
+            EXPECT_EQ(cmpihost::instanceToString(c.req.deliveries()[0].instance),
+                      "switch-7/root/zoning:" + std::string(link.cls) + " " +
+                          (antecedent == kReference ? reference : link.text_key) +
+                          R"(Dependent="root/zoning:VORNA_Zone.InstanceID=\"1^10^0\"")");
+        }
     }
 }
 

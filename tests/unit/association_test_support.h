@@ -141,12 +141,15 @@ struct Label {
     }
     void operator()(const CMPIObjectPath *path) { add(class_of(path)); }
     void operator()(const VsanEntry *vsan) { add("V" + std::to_string(vsan->vsan)); }
+    void operator()(const DeviceAliasEntry *alias) { add(alias->name); }
+    void operator()(int number) { add(std::to_string(number)); }
     void operator()(const DomainEntry *domain) { EXPECT_NE(domain, nullptr); }
     void operator()(const char *word) { add(word); }
-    void operator()(const char **props) { text += props == kProps ? "+p" : props ? "+?" : ""; }
+    void operator()(const char **props) { marks = props == kProps ? "+p" : props ? "+?" : ""; }
     void operator()(const CMPIBroker *broker) { EXPECT_EQ(broker, cmpihost::broker()); }
 
     std::string text;
+    std::string marks;  // of the property list, written last
     int parts = 0;
 };
 
@@ -212,11 +215,13 @@ inline const std::map<std::string, Labels> kSwitch =
 // InstanceID without its "id^"; VSANs by number), and succeeds when that
 // line is a key of answers, handing back the records named there. A failing
 // list or all-objects query still hands back a record named "lost", which
-// must be freed all the same. The VSAN walk ("next vsan <n>") answers the first name as the next
-// VSAN number; every InstanceID splits into VSAN kVsan. Every builder makes
-// an object labelled as Label says; the mutex is logged as "lock" and
-// "unlock". A test may still expect a call itself: its expectation, being
-// newer, is the one that answers.
+// must be freed all the same (the all-members queries hand back none). The
+// VSAN walk ("next vsan <n>") answers the first name as the next VSAN
+// number; every InstanceID splits into VSAN kVsan; the device aliases walked
+// are those of "device aliases". Every builder makes an object labelled as
+// Label says; the mutex is logged as "lock" and "unlock", the switch's name
+// as "switch name". A test may still expect a call itself: its expectation,
+// being newer, is the one that answers.
 struct Call {
     Call();
 
@@ -250,6 +255,9 @@ struct Call {
     int done_at_unlock = -1;
     int lists_made = 0;
     int lists_destroyed = 0;
+    bool locked = false;
+    int built_unlocked = 0;  // objects built while the mutex was not held
+    Labels aliases_left;     // of the device alias walk
 
   private:
     template <typename Expectation, typename Action>
@@ -326,10 +334,11 @@ struct Call {
             EXPECT_STREQ(ns, kNs);
             Label label(cls);
             (label(args), ...);
+            built_unlocked += locked ? 0 : 1;
             if constexpr (std::is_same_v<Object, CMPIInstance>)
-                return labelled_instance(req, label.text);
+                return labelled_instance(req, label.text + label.marks);
             else
-                return labelled_path(req, label.text);
+                return labelled_path(req, label.text + label.marks);
         };
     }
 };
@@ -337,9 +346,13 @@ struct Call {
 inline Call::Call() {
     mts_q = kQueue;
     _broker = cmpihost::broker();
-    any(EXPECT_CALL(m, mutex_lock), [this] { log.push_back("lock"); });
+    any(EXPECT_CALL(m, mutex_lock), [this] {
+        log.push_back("lock");
+        locked = true;
+    });
     any(EXPECT_CALL(m, mutex_unlock), [this] {
         log.push_back("unlock");
+        locked = false;
         done_at_unlock = req.doneCount();
     });
     any(EXPECT_CALL(m, zs_cim_get_fields_from_generic_instance_id),
@@ -413,6 +426,50 @@ inline Call::Call() {
         for (void *entry : l->entries) std::free(entry);
         delete l;
     });
+    // All members of a database come as a list; a failed query hands back none.
+    const auto members = [this](std::string what) {
+        return [this, what](int q, int vsan, int *count, ZoneMemberRecord **head) {
+            EXPECT_EQ(q, queue);
+            const Labels *found = ask(what + " " + std::to_string(vsan));
+            *count = found ? static_cast<int>(found->size()) : 0;
+            *head = found ? list_of<ZoneMemberRecord>(*found) : nullptr;
+            return found ? 0 : 1;
+        };
+    };
+    any(EXPECT_CALL(m, zs_cim_get_all_active_zone_members), members("active members"));
+    any(EXPECT_CALL(m, zs_cim_get_all_non_active_zone_members), members("editable members"));
+    any(EXPECT_CALL(m, vsan_cim_check_vsan_index),
+        [this](int vsan) { return ask("vsan " + std::to_string(vsan)) ? 0 : 1; });
+    any(EXPECT_CALL(m, getCSName), [this] {
+        log.push_back("switch name");
+        return "switch";
+    });
+    // The device aliases: one walk at a time over the names answered.
+    any(EXPECT_CALL(m, ddas_api_get_all_device_alias_entries),
+        [this](int q, void **, ddas_iterator **walk) {
+            EXPECT_EQ(q, queue);
+            const Labels *found = ask("device aliases");
+            aliases_left = found ? *found : Labels{};
+            *walk = reinterpret_cast<ddas_iterator *>(&aliases_left);
+            return found ? 0 : 1;
+        });
+    any(EXPECT_CALL(m, ddas_api_iter_get_num_entries), [this](ddas_iterator *, int *count) {
+        *count = static_cast<int>(aliases_left.size());
+        return 0;
+    });
+    any(EXPECT_CALL(m, ddas_api_iter_get_next_device_alias_entry),
+        [this](ddas_iterator *, DeviceAliasEntry *entry) {
+            if (aliases_left.empty()) return 1;
+            std::snprintf(entry->name, sizeof entry->name, "%s", aliases_left.front().c_str());
+            aliases_left.erase(aliases_left.begin());
+            return 0;
+        });
+    any(EXPECT_CALL(m, ddas_get_device_alias_given_pwwn), [this](int q, uint64_t, char *name) {
+        EXPECT_EQ(q, queue);
+        const Labels *found = ask("alias of pwwn");
+        std::snprintf(name, ZP_DEVICE_ALIAS_NAME_LEN, "%s", found ? found->at(0).c_str() : "");
+        return found ? 0 : 1;
+    });
     paths(EXPECT_CALL(m, zone_set_fill_reference), EXPECT_CALL(m, zone_fill_reference),
           EXPECT_CALL(m, zone_alias_fill_reference), EXPECT_CALL(m, zone_member_fill_reference),
           EXPECT_CALL(m, vsan_fill_reference), EXPECT_CALL(m, zmoc_fill_reference_zoneSetZone),
@@ -421,7 +478,8 @@ inline Call::Call() {
           EXPECT_CALL(m, hosted_collection_fill_reference_zset),
           EXPECT_CALL(m, hosted_collection_fill_reference_zone),
           EXPECT_CALL(m, hosted_service_fill_reference),
-          EXPECT_CALL(m, zone_hosted_collection_fill_reference));
+          EXPECT_CALL(m, zone_hosted_collection_fill_reference),
+          EXPECT_CALL(m, zone_service_fill_reference), EXPECT_CALL(m, device_alias_fill_reference));
     instances(
         EXPECT_CALL(m, zone_set_build_instance), EXPECT_CALL(m, zone_build_instance),
         EXPECT_CALL(m, zone_alias_build_instance), EXPECT_CALL(m, zone_member_build_instance),
@@ -432,7 +490,8 @@ inline Call::Call() {
         EXPECT_CALL(m, hosted_collection_build_instance_zset),
         EXPECT_CALL(m, hosted_collection_build_instance_zone),
         EXPECT_CALL(m, hosted_service_build_instance),
-        EXPECT_CALL(m, association_class_build_instance_path));
+        EXPECT_CALL(m, association_class_build_instance_path),
+        EXPECT_CALL(m, zone_service_build_instance), EXPECT_CALL(m, device_alias_build_instance));
 }
 
 // Expects the log and the deliveries of the steps taken, in step order: a

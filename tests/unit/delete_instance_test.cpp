@@ -14,9 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "host/cmpihost.h"
-#include "platform_mock.h"
-#include "provider/zone_provider.h"
+#include "read_side_support.h"
 
 using ::testing::_;
 using ::testing::DoAll;
@@ -29,7 +27,7 @@ using ::testing::StrEq;
 
 namespace {
 
-constexpr int kQueue = 17;
+using readside::kQueue;
 constexpr const char *kNamespace = "root/cimv2";
 constexpr const char *kSuccess = "Success";
 constexpr const char *kUnknown = "Unknown Error ";
@@ -42,17 +40,8 @@ constexpr const char *kBusy = "zone server busy";  // the platform's text of any
 // The platform command a request is expected to make under the lock.
 enum class Command { None, Object, Member, ZoneInSet, AliasInZone, MemberOfZone, MemberOfAlias };
 
-class DeleteInstanceTest : public ::testing::Test {
+class DeleteInstanceTest : public readside::ReadSideTest {
   protected:
-    DeleteInstanceTest() : saved_broker_(_broker), saved_queue_(mts_q) {
-        _broker = cmpihost::broker();
-        mts_q = kQueue;
-    }
-    ~DeleteInstanceTest() override {
-        _broker = saved_broker_;
-        mts_q = saved_queue_;
-    }
-
     CMPIObjectPath *keyed(const char *cls, const char *key, const char *value) {
         CMPIObjectPath *p = request.newObjectPath(kNamespace, cls);
         if (key != nullptr) cmpihost::addStringKey(p, key, value);
@@ -185,13 +174,6 @@ class DeleteInstanceTest : public ::testing::Test {
         EXPECT_THAT(out, EndsWith(before_end + "end of delete_instance!\n"));
         return out;
     }
-
-    testing::StrictMock<PlatformMock> platform;
-    cmpihost::Request request;
-
-  private:
-    const CMPIBroker *saved_broker_;
-    int saved_queue_;
 };
 
 // A path without a key its class accepts (an unserved class has none) is

@@ -4,28 +4,24 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
-#include <cstdlib>
-#include <cstring>
 #include <string>
-#include <type_traits>
 #include <vector>
 
+#include "association_test_support.h"
 #include "read_side_support.h"
 
 namespace {
 
-using readside::hand_back_array;
 using readside::kNamespace;
 using readside::kQueue;
 using testing::_;
-using testing::DoAll;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::InSequence;
 using testing::Not;
 using testing::Return;
-using testing::SetArgPointee;
 using testing::StartsWith;
 using testing::StrEq;
 
@@ -37,228 +33,111 @@ const char *kProps[] = {"InstanceID", "Name", nullptr};
 
 // Runs one operation into the request's result; its standard output goes
 // to *trace.
-CMPIStatus run(Op op, cmpihost::Request &request, const CMPIObjectPath *path, std::string *trace) {
+CMPIStatus run(Op op, cmpihost::Request &request, const CMPIObjectPath *path, std::string *trace,
+               const char **props = kProps) {
     testing::internal::CaptureStdout();
     CMPIStatus st{CMPI_RC_ERR_FAILED, nullptr};
     if (op == Op::Names)
         st = zone_Provider_EnumInstanceNames(nullptr, request.context(), request.result(), path);
     else if (op == Op::Instances)
-        st =
-            zone_Provider_EnumInstances(nullptr, request.context(), request.result(), path, kProps);
+        st = zone_Provider_EnumInstances(nullptr, request.context(), request.result(), path, props);
     else
-        st = zone_Provider_GetInstance(nullptr, request.context(), request.result(), path, kProps);
+        st = zone_Provider_GetInstance(nullptr, request.context(), request.result(), path, props);
     *trace = testing::internal::GetCapturedStdout();
     return st;
 }
 
-const CMPIBroker *broker() {
-    return cmpihost::broker();
-}
-
-// The argument of type T among a builder's, or `none` when it takes none.
-template <typename T, typename... Args>
-T arg_of(T none, Args... args) {
-    auto take = [&](auto a) {
-        if constexpr (std::is_same_v<decltype(a), T>) none = a;
-    };
-    (take(args), ...);
-    return none;
-}
-
-// A by-InstanceID lookup that knows "key-text" only, on the provider's queue.
-template <typename Record>
-auto key_text() {
-    return [](int queue, const char *id, Record **record) {
-        if (queue != kQueue || std::strcmp(id, "key-text") != 0) return 1;
-        *record = readside::single_record<Record>(id);
-        return 0;
-    };
-}
-
-// A parent's one child.
-template <typename Record>
-auto child() {
-    return [](int, const char *, Record **list) {
-        *list = readside::single_record<Record>("c");
-        return 0;
-    };
-}
-
-// The platform holds one object of every kind, all in VSAN 8, on the
-// provider's queue: one active record per kind, a zone in the zone set, a
-// member in the zone, one device alias. Only "key-text" is found by
-// InstanceID; every database and list not named here is empty. Every
-// builder labels what it makes and notes what it was asked for; the zone
-// service builders make something of VSAN 8 only.
-class DispatchTest : public readside::ReadSideTestWith<testing::NiceMock<PlatformMock>> {
-  public:
-    struct Built {
-        std::string label, cls, ns;
-        const CMPIBroker *broker;
-        bool props_given;  // the request's property list, where the builder takes one
-        bool locked;       // made under the zoning mutex
-    };
-    std::vector<Built> built;
-    readside::LabelledObjects *seen = nullptr;
-    bool locked = false;
-
-    template <typename Made>
-    auto makes(const char *label) {
-        return [this, label](const char *cls, const char *ns, auto... rest) -> Made * {
-            built.push_back({label, cls, ns, arg_of<const CMPIBroker *>(nullptr, rest...),
-                             arg_of<const char **>(kProps, rest...) == kProps, locked});
-            if constexpr (std::is_same_v<Made, CMPIObjectPath>)
-                return seen->path(label);
-            else
-                return seen->instance(label);
-        };
-    }
-
-    DispatchTest() {
-        auto &p = platform;
-        ON_CALL(p, mutex_lock).WillByDefault([this] { locked = true; });
-        ON_CALL(p, mutex_unlock).WillByDefault([this] { locked = false; });
-        ON_CALL(p, vsan_cim_get_vsanEntry(kQueue, _, _))
-            .WillByDefault([](int, int, VsanEntry *cursor) {
-                if (cursor->vsan != 0) return 1;
-                cursor->vsan = 8;
-                return 0;
-            });
-        ON_CALL(p, vsan_cim_get_all_vsanEntry(kQueue, _, _))
-            .WillByDefault([](int, int *count, VsanEntry **out) {
-                *count = 1;
-                *out = static_cast<VsanEntry *>(std::calloc(1, sizeof(VsanEntry)));
-                (*out)->vsan = 8;
-                return 0;
-            });
-        ON_CALL(p, zs_cim_get_all_active_zone_sets(kQueue, 8, _, _))
-            .WillByDefault(hand_back_array<ZoneSetRecord>({"s"}));
-        ON_CALL(p, zs_cim_get_all_active_zones(kQueue, 8, _, _))
-            .WillByDefault(hand_back_array<ZoneRecord>({"z"}));
-        ON_CALL(p, zs_cim_get_all_active_zone_aliases(kQueue, 8, _, _))
-            .WillByDefault(hand_back_array<ZoneAliasRecord>({"a"}));
-        ON_CALL(p, zs_cim_get_all_active_zone_members(kQueue, 8, _, _))
-            .WillByDefault(readside::hand_back_members({"m"}));
-        ON_CALL(p, zs_cim_get_zone_set_by_instance_id).WillByDefault(key_text<ZoneSetRecord>());
-        ON_CALL(p, zs_cim_get_zone_by_instance_id).WillByDefault(key_text<ZoneRecord>());
-        ON_CALL(p, zs_cim_get_zone_alias_by_instance_id).WillByDefault(key_text<ZoneAliasRecord>());
-        ON_CALL(p, zs_cim_get_zone_member_by_instance_id)
-            .WillByDefault(key_text<ZoneMemberRecord>());
-        ON_CALL(p, zs_cim_get_zone_set_zones_by_instance_id).WillByDefault(child<ZoneRecord>());
-        ON_CALL(p, zs_cim_get_zone_zone_members_by_instance_id)
-            .WillByDefault(child<ZoneMemberRecord>());
-        static int iterator_token;
-        auto *iterator = reinterpret_cast<ddas_iterator *>(&iterator_token);
-        ON_CALL(p, ddas_api_get_all_device_alias_entries(kQueue, _, _))
-            .WillByDefault(DoAll(SetArgPointee<2>(iterator), Return(0)));
-        ON_CALL(p, ddas_api_iter_get_num_entries)
-            .WillByDefault(DoAll(SetArgPointee<1>(1), Return(0)));
-        ON_CALL(p, getCSName).WillByDefault(Return("switch"));
-
-        ON_CALL(p, zone_set_fill_reference).WillByDefault(makes<CMPIObjectPath>("zone set"));
-        ON_CALL(p, zone_set_build_instance).WillByDefault(makes<CMPIInstance>("zone set"));
-        ON_CALL(p, zone_fill_reference).WillByDefault(makes<CMPIObjectPath>("zone"));
-        ON_CALL(p, zone_build_instance).WillByDefault(makes<CMPIInstance>("zone"));
-        ON_CALL(p, zone_alias_fill_reference).WillByDefault(makes<CMPIObjectPath>("alias"));
-        ON_CALL(p, zone_alias_build_instance).WillByDefault(makes<CMPIInstance>("alias"));
-        ON_CALL(p, zone_member_fill_reference).WillByDefault(makes<CMPIObjectPath>("member"));
-        ON_CALL(p, zone_member_build_instance).WillByDefault(makes<CMPIInstance>("member"));
-        ON_CALL(p, device_alias_fill_reference)
-            .WillByDefault(makes<CMPIObjectPath>("device alias"));
-        ON_CALL(p, device_alias_build_instance).WillByDefault(makes<CMPIInstance>("device alias"));
-        ON_CALL(p, zone_service_fill_reference(_, _, 8, _))
-            .WillByDefault(makes<CMPIObjectPath>("service"));
-        ON_CALL(p, zone_service_build_instance(_, _, 8, _, kQueue, _))
-            .WillByDefault(makes<CMPIInstance>("service"));
-        ON_CALL(p, hosted_service_fill_reference).WillByDefault(makes<CMPIObjectPath>("hosted"));
-        ON_CALL(p, hosted_service_build_instance).WillByDefault(makes<CMPIInstance>("hosted"));
-        ON_CALL(p, esd_fill_reference_zoneZoneMember).WillByDefault(makes<CMPIObjectPath>("esd"));
-        ON_CALL(p, esd_build_instance).WillByDefault(makes<CMPIInstance>("esd"));
-        ON_CALL(p, zmoc_fill_reference_zoneSetZone).WillByDefault(makes<CMPIObjectPath>("moc"));
-        ON_CALL(p, zmoc_build_instance_MemberCollection).WillByDefault(makes<CMPIInstance>("moc"));
-        ON_CALL(p, zone_hosted_collection_fill_reference)
-            .WillByDefault(makes<CMPIObjectPath>("zhc"));
-        ON_CALL(p, association_class_build_instance_path).WillByDefault(makes<CMPIInstance>("zhc"));
-    }
-};
-
 struct DispatchRow {
     const char *cls;  // as the request writes it
     const char *key_name;
-    const char *label;        // of what the class's own builders make
-    const char *builder_cls;  // the class they are given; null: as written
+    const char *builder_cls;  // the class its builders are given; null: as written
+    bool props;               // its instance builder takes the property list
     bool get_from_request;    // getInstance rebuilds the link from the path alone
 };
 
 const DispatchRow kDispatchRows[] = {
-    {"VORNA_ZoneSet", "InstanceID", "zone set", nullptr, false},
-    {"VORNA_Zone", "InstanceID", "zone", nullptr, false},
-    {"VORNA_ZoneAlias", "InstanceID", "alias", nullptr, false},
-    {"VORNA_ZoneMemberSettingData", "InstanceID", "member", nullptr, false},
-    {"VORNA_DeviceAlias", "InstanceID", "device alias", nullptr, false},
-    {"VORNA_ZoneService", "Name", "service", "VORNA_ZoneService", false},
-    {"VORNA_HostedService", "Anything", "hosted", "VORNA_HostedService", true},
-    {"VORNA_ElementSettingData", "InstanceID", "esd", "VORNA_ElementSettingData", false},
-    {"VORNA_ZoneMemberOfCollection", "InstanceID", "moc", "VORNA_ZoneMemberOfCollection", false},
-    {"VORNA_ZoneHostedCollection", "InstanceID", "zhc", "VORNA_ZoneHostedCollection", true},
+    {"VORNA_ZoneSet", "InstanceID", nullptr, true, false},
+    {"VORNA_Zone", "InstanceID", nullptr, true, false},
+    {"VORNA_ZoneAlias", "InstanceID", nullptr, true, false},
+    {"VORNA_ZoneMemberSettingData", "InstanceID", nullptr, true, false},
+    {"VORNA_DeviceAlias", "InstanceID", nullptr, true, false},
+    {"VORNA_ZoneService", "Name", "VORNA_ZoneService", true, false},
+    {"VORNA_HostedService", "Anything", "VORNA_HostedService", true, true},
+    {"VORNA_ElementSettingData", "InstanceID", "VORNA_ElementSettingData", true, false},
+    {"VORNA_ZoneMemberOfCollection", "InstanceID", "VORNA_ZoneMemberOfCollection", true, false},
+    {"VORNA_ZoneHostedCollection", "InstanceID", "VORNA_ZoneHostedCollection", false, true},
 };
 
 // Every operation on a served class, whatever the case of its name, reaches
-// that class's handler, which builds under the mutex with the request's
-// namespace and property list and the provider's broker. getInstance hands
-// the handler the key ("key-text", VSAN 8 for the zone service).
-TEST_F(DispatchTest, EachServedClassReachesItsHandlerUnderTheMutexInAnyCase) {
+// that class's handler, which builds under the mutex (taken once) with the
+// request's namespace and property list and the provider's broker (all
+// checked by the stand-in platform's builders). getInstance hands the
+// handler the key ("key-text", VSAN 8 for the zone service). The switch
+// holds one active object of every kind in VSAN 8, a zone in the zone set,
+// a member in the zone and one device alias; only "key-text" is found by
+// InstanceID.
+TEST(InstanceDispatch, EachServedClassReachesItsHandlerUnderTheMutexInAnyCase) {
+    const auto one_of_each = assoc_test::answers_of(
+        {"next vsan 0: 8",      "vsan table: 8",        "vsan 8:",
+         "domain 8:",           "active sets 8: s",     "editable sets 8:",
+         "active zones 8: z",   "editable zones 8:",    "active aliases 8: a",
+         "editable aliases 8:", "active members 8: m",  "editable members 8:",
+         "zones of set s: c",   "members of zone z: c", "aliases of zone z:",
+         "members of alias a:", "get set key-text:",    "get zone key-text:",
+         "get alias key-text:", "get member key-text:", "device aliases: d",
+         "alias of pwwn: d"});
     for (const DispatchRow &row : kDispatchRows) {
         std::string lower = row.cls;
         for (char &c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         for (const std::string &cls : {std::string(row.cls), lower}) {
             for (Op op : kOps) {
                 SCOPED_TRACE(cls + " " + kOpNames[static_cast<int>(op)]);
-                cmpihost::Request each;
-                readside::LabelledObjects labelled(each);
-                seen = &labelled;
-                built.clear();
-                CMPIObjectPath *op_path = each.newObjectPath(kNamespace, cls.c_str());
+                assoc_test::Call c;
+                c.answers = one_of_each;
+                CMPIObjectPath *op_path = c.req.newObjectPath(kNamespace, cls.c_str());
                 cmpihost::addStringKey(op_path, row.key_name,
                                        row.key_name == std::string("Name") ? "8" : "key-text");
                 const bool from_request = op == Op::Get && row.get_from_request;
-                {
-                    InSequence order;
-                    EXPECT_CALL(platform, mutex_lock());
-                    if (from_request) EXPECT_CALL(platform, getCSName());
-                    EXPECT_CALL(platform, mutex_unlock());
-                }
                 std::string trace;
-                const CMPIStatus st = run(op, each, op_path, &trace);
+                const CMPIStatus st = run(op, c.req, op_path, &trace, assoc_test::props());
                 EXPECT_EQ(st.rc, CMPI_RC_OK);
                 EXPECT_EQ(st.msg, nullptr);
-                EXPECT_EQ(each.doneCount(), 0);
-                const std::string label = from_request ? "<unlabelled>" : row.label;
-                const std::vector<std::string> delivered = labelled.delivered();
-                EXPECT_THAT(delivered,
-                            testing::AllOf(testing::Not(testing::IsEmpty()), testing::Each(label)));
-                EXPECT_EQ(labelled.kinds(),
-                          std::string(delivered.size(), op == Op::Names ? 'P' : 'I'));
-                for (const Built &b : built) {
-                    if (b.label != label) continue;
-                    EXPECT_EQ(b.cls, row.builder_cls != nullptr ? row.builder_cls : cls);
-                    EXPECT_EQ(b.ns, kNamespace);
-                    EXPECT_EQ(b.broker, broker());
-                    EXPECT_TRUE(b.props_given);
-                    EXPECT_TRUE(b.locked);
+                EXPECT_EQ(c.req.doneCount(), 0);
+                ASSERT_FALSE(c.log.empty());
+                EXPECT_EQ(c.log.front(), "lock");
+                EXPECT_EQ(c.log.back(), "unlock");
+                EXPECT_EQ(std::count(c.log.begin(), c.log.end(), "lock"), 1);
+                if (from_request) {
+                    EXPECT_EQ(c.log, (assoc_test::Labels{"lock", "switch name", "unlock"}));
+                }
+                EXPECT_EQ(c.built_unlocked, 0);
+                // What reached the result was made by the class's own builders.
+                const std::string kind = op == Op::Names ? "path:" : "inst:";
+                const std::string made =
+                    from_request
+                        ? std::string(row.cls)
+                        : assoc_test::Label(row.builder_cls ? row.builder_cls : cls).text + " ";
+                const assoc_test::Labels delivered = c.delivered();
+                EXPECT_FALSE(delivered.empty());
+                for (const std::string &d : delivered) {
+                    EXPECT_EQ(d.rfind(kind + made, 0), 0u) << d;
+                    // The zone service of VSAN 8, on the provider's queue.
+                    if (row.key_name == std::string("Name")) {
+                        EXPECT_EQ(d, kind + made + (op == Op::Names ? "8" : "8/42+p"));
+                    }
+                    EXPECT_EQ(d.ends_with("+p"), op != Op::Names && row.props && !from_request)
+                        << d;
                 }
                 const char *start = op == Op::Names       ? "In EnumInstanceNames ZoneProvider"
                                     : op == Op::Instances ? "In EnumInstances ZoneProvider"
                                                           : "In Zone Provider:: Property [ 0 ] = "
-                                                            "InstanceID \nIn Zone Provider:: "
-                                                            "Property [ 1 ] = Name \nIn Get "
-                                                            "Instance ZoneProvider";
+                                                            "InstanceID \nIn Get Instance "
+                                                            "ZoneProvider";
                 EXPECT_THAT(trace, StartsWith(start));
                 if (op == Op::Get) {
                     EXPECT_THAT(trace, EndsWith(" Returnng successs always \n"));
                     EXPECT_THAT(trace, Not(HasSubstr("GetInstance() failed")));
                 }
-                testing::Mock::VerifyAndClearExpectations(&platform);
             }
         }
     }

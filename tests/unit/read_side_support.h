@@ -13,7 +13,6 @@
 #include <memory>
 #include <string>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "host/cmpihost.h"
@@ -93,10 +92,6 @@ auto hand_back_array(std::vector<std::string> ids) {
     };
 }
 
-inline auto hand_back_members(std::vector<std::string> labels) {
-    return hand_back_array<ZoneMemberRecord>(std::move(labels));
-}
-
 // A by-InstanceID query that finds the record.
 template <typename Record>
 auto hand_back_record(std::string id) {
@@ -159,24 +154,24 @@ inline CMPIInstance *hollow_instance() {
     return &hollow;
 }
 
-// Installs the provider's globals for a test and restores them after it.
-template <typename Platform>
-class ReadSideTestWith : public ::testing::Test {
+// Installs the provider's globals for a test and restores them after it;
+// every platform call not expected by the test fails it.
+class ReadSideTest : public ::testing::Test {
   protected:
-    ReadSideTestWith() : saved_broker_(_broker), saved_queue_(mts_q) {
+    ReadSideTest() : saved_broker_(_broker), saved_queue_(mts_q) {
         _broker = cmpihost::broker();
         mts_q = kQueue;
         // A walk the test didn't plan for ends at once instead of spinning.
         ON_CALL(platform, vsan_cim_get_vsanEntry(testing::_, testing::_, testing::_))
             .WillByDefault(testing::Return(1));
     }
-    ~ReadSideTestWith() override {
+    ~ReadSideTest() override {
         _broker = saved_broker_;
         mts_q = saved_queue_;
     }
 
   public:
-    Platform platform;
+    testing::StrictMock<PlatformMock> platform;
     cmpihost::Request request;
     LabelledObjects objects{request};
 
@@ -184,9 +179,6 @@ class ReadSideTestWith : public ::testing::Test {
     const CMPIBroker *saved_broker_;
     int saved_queue_;
 };
-
-// Every platform call not expected by the test fails it.
-using ReadSideTest = ReadSideTestWith<testing::StrictMock<PlatformMock>>;
 
 inline std::string message_of(const CMPIStatus &st) {
     return st.msg != nullptr ? cmpihost::text(st.msg) : std::string("<none>");

@@ -1,14 +1,12 @@
 // Zone service and hosted service: one of each per VSAN of the table except
-// 4094, the zone service fetched by its decimal "Name", the hosted service
-// rebuilt from the request's own references.
+// 4094, and the zone service fetched by its decimal "Name". (The hosted
+// service rebuilt from a request's path is tested with the other links.)
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <string>
 #include <vector>
-
-#include <cmpimacs.h>
 
 #include "read_side_support.h"
 
@@ -207,58 +205,6 @@ TEST_F(ZoneServiceTest, HostedServicesOnlyForVsansTheDomainManagerKnows) {
     EXPECT_EQ(get_hosted_service_keys("VORNA_HostedService", request.result(), kNamespace, kQueue,
                                       broker()),
               -1);
-}
-
-// Reads a reference property of an instance back as text ("" for none).
-std::string reference_text(const CMPIInstance *instance, const char *name) {
-    const CMPIData data = instance->ft->getProperty(instance, name, nullptr);
-    if (data.type != CMPI_ref || CMIsNullValue(data) || data.value.ref == nullptr) return "";
-    return cmpihost::pathToString(data.value.ref);
-}
-
-// The instance repeats the request's two references, whatever their order
-// and the case of their names, on a path of the switch's system name; a key
-// of the right name that holds no reference leaves its property null.
-TEST_F(ZoneServiceTest, HostedServiceInstanceRepeatsTheRequestsReferences) {
-    CMPIObjectPath *system = request.newObjectPath("root/cimv2", "CIM_ComputerSystem");
-    cmpihost::addStringKey(system, "Name", "switch-a");
-    CMPIObjectPath *service = request.newObjectPath("root/cimv2", "VORNA_ZoneService");
-    cmpihost::addStringKey(service, "Name", "10");
-    const std::string system_text = cmpihost::pathToString(system);
-    const std::string service_text = cmpihost::pathToString(service);
-    // The keys in the order given; a null reference is a string key.
-    using Keys = std::vector<std::pair<const char *, const CMPIObjectPath *>>;
-    const std::pair<Keys, bool> rows[] = {
-        {{{"dependent", service}, {"ANTECEDENT", system}}, true},
-        {{{"Antecedent", nullptr}}, false},
-    };
-    for (const auto &[keys, references] : rows) {
-        SCOPED_TRACE(references ? "references" : "no reference");
-        EXPECT_CALL(platform, getCSName()).WillOnce(Return("switch-a"));
-        CMPIObjectPath *op = request.newObjectPath(kNamespace, "VORNA_HostedService");
-        for (const auto &[name, ref] : keys) {
-            if (ref != nullptr)
-                cmpihost::addReferenceKey(op, name, ref);
-            else
-                cmpihost::addStringKey(op, name, "not a reference");
-        }
-        cmpihost::Request each;
-        CMPIStatus st{CMPI_RC_OK, nullptr};
-        EXPECT_EQ(get_hosted_service_instance(op, each.result(), nullptr, kQueue, broker(), &st),
-                  0);
-        EXPECT_EQ(st.rc, CMPI_RC_OK);
-        ASSERT_EQ(each.deliveries().size(), 1u);
-        EXPECT_EQ(each.doneCount(), 0);
-        const CMPIInstance *instance = each.deliveries()[0].instance;
-        ASSERT_NE(instance, nullptr);
-        EXPECT_EQ(reference_text(instance, "Antecedent"), references ? system_text : "");
-        EXPECT_EQ(reference_text(instance, "Dependent"), references ? service_text : "");
-        const CMPIObjectPath *path = instance->ft->getObjectPath(instance, nullptr);
-        EXPECT_EQ(cmpihost::text(path->ft->getClassName(path, nullptr)), "VORNA_HostedService");
-        EXPECT_EQ(cmpihost::text(path->ft->getNameSpace(path, nullptr)), kNamespace);
-        EXPECT_EQ(cmpihost::text(path->ft->getHostname(path, nullptr)), "switch-a");
-        testing::Mock::VerifyAndClearExpectations(&platform);
-    }
 }
 
 }  // namespace

@@ -1,12 +1,13 @@
-// Zone sets, zones and zone aliases: the three classes share one pattern, so
-// every test here runs for all three. The enumerations' order and trace
-// lines, what they do with empty or failed queries, and the retrieval by
-// InstanceID with the status it leaves.
+// Zone sets, zones, zone aliases and zone members: the four classes share
+// one pattern, so every test here runs for all four. The enumerations'
+// order and trace lines, what they do with empty or failed queries, the
+// release of every array and member node, and the retrieval by InstanceID
+// with the status it leaves.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "read_side_support.h"
@@ -23,11 +24,20 @@ using testing::StrEq;
 
 using M = PlatformMock;
 
+// Retrievals that print nothing of their own; only the zone's reports a
+// failed status, its caller's included.
+struct QuietRetrieval {
+    static constexpr const char *kRetrieved = "";
+    static constexpr const char *kUnknown = "";
+    static constexpr const char *kUnbuilt = "";
+    static constexpr const char *kFailedRetrievalLine = nullptr;
+};
+
 // What differs from one class to the next: the platform's queries and
 // builders, the three routines, and the trace lines. The traces are those
 // of the VSANs of ZoningObjectsTest::three_vsans, the class written in lower
 // case.
-struct ZoneSetCase {
+struct ZoneSetCase : QuietRetrieval {
     using Record = ZoneSetRecord;
     static constexpr const char *kClass = "vorna_zoneset";
     static constexpr auto keys = get_zone_set_keys;
@@ -53,10 +63,9 @@ struct ZoneSetCase {
         "found 1 NON active zone set in vsan 2\n"
         "found 0 active zone set in vsan 3\n"
         "found 0 NON active zone set in vsan 3\n";
-    static constexpr const char *kFailedRetrievalLine = nullptr;
 };
 
-struct ZoneCase {
+struct ZoneCase : QuietRetrieval {
     using Record = ZoneRecord;
     static constexpr const char *kClass = "vorna_zone";
     static constexpr auto keys = get_zone_keys;
@@ -70,15 +79,12 @@ struct ZoneCase {
     static auto &fill(M &m) { return EXPECT_CALL(m, zone_fill_reference); }
     static auto &build(M &m) { return EXPECT_CALL(m, zone_build_instance); }
     static constexpr const char *kNamesTrace =
-        "\t FOUND VSAN 1\n"
-        "getting zone all instances keys\n"
+        "\t FOUND VSAN 1\ngetting zone all instances keys\n"
         "found 1 active zone in vsan 1\n"
         "found 2 NON active zone in vsan 1\n"
-        "\t FOUND VSAN 2\n"
-        "getting zone all instances keys\n"
+        "\t FOUND VSAN 2\ngetting zone all instances keys\n"
         "found 1 NON active zone in vsan 2\n"
-        "\t FOUND VSAN 3\n"
-        "getting zone all instances keys\n"
+        "\t FOUND VSAN 3\ngetting zone all instances keys\n"
         "found 0 active zone in vsan 3\n"
         "found 0 NON active zone in vsan 3\n";
     static constexpr const char *kInstancesTrace =
@@ -86,20 +92,19 @@ struct ZoneCase {
         "found 1 active zone in vsan 1\n"
         "\tfound zone a1 -- name-a1 \n"
         "found 2 NON active zone in vsan 1\n"
-        "\tfound zone n1 -- name-n1 \n"
         "\tfound zone x -- name-x \n"
+        "\tfound zone n1 -- name-n1 \n"
         "\t FOUND VSAN 2\n"
         "found 1 NON active zone in vsan 2\n"
         "\tfound zone m1 -- name-m1 \n"
         "\t FOUND VSAN 3\n"
         "found 0 active zone in vsan 3\n"
         "found 0 NON active zone in vsan 3\n";
-    // Only the zone retrieval reports a failed status, its caller's included.
     static constexpr const char *kFailedRetrievalLine =
         "---   in get_zone_instance CMPI GetInstance() failed : ";
 };
 
-struct ZoneAliasCase {
+struct ZoneAliasCase : QuietRetrieval {
     using Record = ZoneAliasRecord;
     static constexpr const char *kClass = "vorna_zonealias";
     static constexpr auto keys = get_zone_alias_keys;
@@ -123,12 +128,46 @@ struct ZoneAliasCase {
         "found 1 active zone in vsan 1\n"
         "\tfound zone a1 -- name-a1 \n"
         "found 2 NON active zone in vsan 1\n"
-        "\tfound zone n1 -- name-n1 \n"
         "\tfound zone x -- name-x \n"
+        "\tfound zone n1 -- name-n1 \n"
         "found 1 NON active zone in vsan 2\n"
         "\tfound zone m1 -- name-m1 \n"
         "found 0 active zone in vsan 3\n"
         "found 0 NON active zone in vsan 3\n";
+};
+
+// Members come as linked lists, each node freed once its object is made;
+// their labels are their values.
+struct ZoneMemberCase {
+    using Record = ZoneMemberRecord;
+    static constexpr const char *kClass = "vorna_zonemembersettingdata";
+    static constexpr auto keys = get_zone_member_keys;
+    static constexpr auto all_instances = get_zone_member_all_instances;
+    static constexpr auto instance = get_zone_member_instance;
+    static auto &active(M &m) { return EXPECT_CALL(m, zs_cim_get_all_active_zone_members); }
+    static auto &non_active(M &m) { return EXPECT_CALL(m, zs_cim_get_all_non_active_zone_members); }
+    static auto &by_id(M &m, const char *id) {
+        return EXPECT_CALL(m, zs_cim_get_zone_member_by_instance_id(kQueue, StrEq(id), _));
+    }
+    static auto &fill(M &m) { return EXPECT_CALL(m, zone_member_fill_reference); }
+    static auto &build(M &m) { return EXPECT_CALL(m, zone_member_build_instance); }
+    static constexpr const char *kNamesTrace = "";
+    static constexpr const char *kInstancesTrace =
+        "found 1 active zone member in vsan 1\n"
+        "\n found  zone member in get_zone_member_all_instances  -- a1\n"
+        "found 2 non active zone member in vsan 1\n"
+        "\n found  zone member get_zone_member_all_instances -- x\n"
+        "\n found  zone member get_zone_member_all_instances -- n1\n"
+        "found 1 non active zone member in vsan 2\n"
+        "\n found  zone member get_zone_member_all_instances -- m1\n"
+        "found 0 active zone member in vsan 3\n"
+        "found 0 non active zone member in vsan 3\n";
+    static constexpr const char *kRetrieved =
+        " get zone member by instance id is success \n"
+        "Instance is non null.. Returning Instance \n";
+    static constexpr const char *kUnknown = " GET zone member by instance id is failure\n";
+    static constexpr const char *kUnbuilt =
+        " get zone member by instance id is success \n Instance is null\n";
     static constexpr const char *kFailedRetrievalLine = nullptr;
 };
 
@@ -137,17 +176,22 @@ class ZoningObjectsTest : public readside::ReadSideTest {
   protected:
     using Record = typename Case::Record;
 
-    // Builders that label each object with the InstanceID of its record (and
-    // make nothing of record x), checking the class as written, the
-    // namespace, property list and broker.
-    static bool skipped(const Record *r) { return std::string(r->instance_id) == "x"; }
+    // Builders that label each object after its record (and make nothing of
+    // record x), checking the class as written, the namespace, property list
+    // and broker.
+    static std::string label(const Record *r) {
+        if constexpr (std::is_same_v<Record, ZoneMemberRecord>)
+            return r->member_value;
+        else
+            return r->instance_id;
+    }
     void label_paths() {
         Case::fill(platform).WillRepeatedly(
             [this](const char *cls, const char *ns, const Record *r, const CMPIBroker *broker) {
                 EXPECT_STREQ(cls, Case::kClass);
                 EXPECT_STREQ(ns, kNamespace);
                 EXPECT_EQ(broker, cmpihost::broker());
-                return skipped(r) ? nullptr : objects.path(r->instance_id);
+                return label(r) == "x" ? nullptr : objects.path(label(r));
             });
     }
     void label_instances(const char **props) {
@@ -158,7 +202,7 @@ class ZoningObjectsTest : public readside::ReadSideTest {
             EXPECT_STREQ(ns, kNamespace);
             EXPECT_EQ(given, props);
             EXPECT_EQ(broker, cmpihost::broker());
-            return skipped(r) ? nullptr : objects.instance(r->instance_id);
+            return label(r) == "x" ? nullptr : objects.instance(label(r));
         });
     }
 
@@ -171,15 +215,15 @@ class ZoningObjectsTest : public readside::ReadSideTest {
         };
     }
 
-    // VSAN 1: active [a1], non-active [n1, x]; VSAN 2: the active query
-    // fails, non-active [m1]; VSAN 3: an empty array, then a count of 0
-    // without one. Any further query is unexpected.
+    // VSAN 1: active [a1], non-active [x, n1]; VSAN 2: the active query
+    // fails, non-active [m1]; VSAN 3: an empty answer, then a count of 0
+    // without records. Any further query is unexpected.
     void three_vsans() {
         EXPECT_CALL(platform, vsan_cim_get_vsanEntry(kQueue, 0, _))
             .WillRepeatedly(readside::walk_vsans({1, 2, 3}));
         InSequence order;
         Case::active(platform).WillOnce(for_vsan(1, {"a1"}));
-        Case::non_active(platform).WillOnce(for_vsan(1, {"n1", "x"}));
+        Case::non_active(platform).WillOnce(for_vsan(1, {"x", "n1"}));
         Case::active(platform).WillOnce(Return(1));
         Case::non_active(platform).WillOnce(for_vsan(2, {"m1"}));
         Case::active(platform).WillOnce(for_vsan(3, {}));
@@ -190,14 +234,15 @@ class ZoningObjectsTest : public readside::ReadSideTest {
     }
 };
 
-using ZoningCases = testing::Types<ZoneSetCase, ZoneCase, ZoneAliasCase>;
+using ZoningCases = testing::Types<ZoneSetCase, ZoneCase, ZoneAliasCase, ZoneMemberCase>;
 TYPED_TEST_SUITE(ZoningObjectsTest, ZoningCases);
 
 // Names and instances come VSAN by VSAN, the active database before the
 // editable one, the class as the request wrote it. A failed query only
 // skips its database and prints no count line; an empty one gives nothing;
-// a record the builder makes nothing of is skipped. Every array is released
-// (the sanitizers see a leak).
+// a record the builder makes nothing of is skipped and the walk goes on.
+// Every array and node is released (the sanitizers see a leak); a switch
+// without VSANs gives nothing.
 TYPED_TEST(ZoningObjectsTest, EnumerationsComeVsanByVsanActiveFirstWithTheirTraceLines) {
     const char *props[] = {"InstanceID", "ElementName", nullptr};
     for (bool instances : {false, true}) {
@@ -213,6 +258,8 @@ TYPED_TEST(ZoningObjectsTest, EnumerationsComeVsanByVsanActiveFirstWithTheirTrac
                   instances ? TypeParam::kInstancesTrace : TypeParam::kNamesTrace);
         testing::Mock::VerifyAndClearExpectations(&this->platform);
     }
+    EXPECT_CALL(this->platform, vsan_cim_get_vsanEntry(kQueue, 0, _)).WillOnce(Return(1));
+    EXPECT_EQ(TypeParam::keys(TypeParam::kClass, this->request.result(), kNamespace), 0);
     EXPECT_EQ(this->objects.delivered(),
               (std::vector<std::string>{"a1", "n1", "m1", "a1", "n1", "m1"}));
     EXPECT_EQ(this->objects.kinds(), "PPPIII");
@@ -273,7 +320,10 @@ TYPED_TEST(ZoningObjectsTest, RetrievalDeliversTheInstanceOrReportsNotFound) {
         EXPECT_EQ(each.deliveries().size(), delivered ? 1u : 0u);
         EXPECT_EQ(each.doneCount(), 0);
         const char *line = TypeParam::kFailedRetrievalLine;
-        EXPECT_EQ(trace, line == nullptr || st.rc == CMPI_RC_OK ? "" : line + message);
+        EXPECT_EQ(trace, std::string(delivered   ? TypeParam::kRetrieved
+                                     : row.found ? TypeParam::kUnbuilt
+                                                 : TypeParam::kUnknown) +
+                             (line == nullptr || st.rc == CMPI_RC_OK ? "" : line + message));
         testing::Mock::VerifyAndClearExpectations(&this->platform);
     }
 }
