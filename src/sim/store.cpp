@@ -589,7 +589,15 @@ std::vector<VsanInfo> Store::readVsans() {
 }
 
 const std::vector<VsanInfo> &Store::snapshotVsans() {
-    if (!snapshot_.vsans) snapshot_.vsans = readVsans();
+    if (snapshot_.vsans) return *snapshot_.vsans;
+    std::vector<VsanInfo> table = readVsans();
+    std::vector<std::uint16_t> slots(kMaxVsan + 1, 0);
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const int number = table[i].number;
+        if (number >= 0 && number <= kMaxVsan) slots[number] = static_cast<std::uint16_t>(i + 1);
+    }
+    snapshot_.vsan_slots = std::move(slots);
+    snapshot_.vsans = std::move(table);
     return *snapshot_.vsans;
 }
 
@@ -605,11 +613,33 @@ bool numberBelow(const VsanInfo &info, int number) {
 
 }  // namespace
 
+const VsanInfo *Store::snapshotVsan(int number) {
+    const std::vector<VsanInfo> &table = snapshotVsans();
+    if (number < 0 || number > kMaxVsan) return nullptr;
+    const std::uint16_t slot = snapshot_.vsan_slots[static_cast<std::size_t>(number)];
+    return slot != 0 ? &table[slot - 1U] : nullptr;
+}
+
+const VsanInfo *Store::snapshotVsanAfter(int after) {
+    const std::vector<VsanInfo> &table = snapshotVsans();
+    std::size_t next = 0;
+    if (after >= 0 && after <= kMaxVsan &&
+        snapshot_.vsan_slots[static_cast<std::size_t>(after)] != 0) {
+        // A walk passes the VSAN it was just given: the next one follows it.
+        next = snapshot_.vsan_slots[static_cast<std::size_t>(after)];
+    } else if (after > kMaxVsan) {
+        return nullptr;
+    } else if (after >= 0) {
+        next = static_cast<std::size_t>(
+            std::lower_bound(table.begin(), table.end(), after + 1, numberBelow) - table.begin());
+    }
+    return next < table.size() ? &table[next] : nullptr;
+}
+
 bool Store::vsan(int number, VsanInfo *out) {
     if (session_read_open_ && snapshot_.vsans) {
-        const std::vector<VsanInfo> &table = *snapshot_.vsans;
-        auto found = std::lower_bound(table.begin(), table.end(), number, numberBelow);
-        if (found == table.end() || found->number != number) return false;
+        const VsanInfo *found = snapshotVsan(number);
+        if (found == nullptr) return false;
         if (out != nullptr) *out = *found;
         return true;
     }
@@ -626,10 +656,8 @@ bool Store::nextVsan(int after, VsanInfo *out) {
     // The first step of a walk costs one lookup, as a lone lookup does; the
     // second reads the table.
     if (session_read_open_ && (snapshot_.vsans || ++snapshot_.walk_steps > 1)) {
-        const std::vector<VsanInfo> &table = snapshotVsans();
-        if (after == std::numeric_limits<int>::max()) return false;
-        auto found = std::lower_bound(table.begin(), table.end(), after + 1, numberBelow);
-        if (found == table.end()) return false;
+        const VsanInfo *found = snapshotVsanAfter(after);
+        if (found == nullptr) return false;
         if (out != nullptr) *out = *found;
         return true;
     }

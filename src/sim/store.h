@@ -360,6 +360,9 @@ class Store {
         std::int64_t data_version = -1;  // SQLite's, when this was read (-1: unknown)
         std::optional<std::string> switch_name;
         std::optional<std::vector<VsanInfo>> vsans;  // ascending
+        // By VSAN number: 1 + the VSAN's position in vsans, 0 for none. A
+        // walk asks for every VSAN and every query checks its VSAN first.
+        std::vector<std::uint16_t> vsan_slots;
         int walk_steps = 0;
         std::array<KindListing, 3> listings;  // by ObjectKind
         MemberListing members;
@@ -372,6 +375,10 @@ class Store {
     // The listing of that kind when the snapshot has (or now reads) it.
     const KindListing *snapshotListing(int vsan, ObjectKind kind);
     void loadListing(ObjectKind kind, KindListing *listing);
+    // The VSAN of that number (or the lowest above after) in the snapshot's
+    // table; null when there is none.
+    const VsanInfo *snapshotVsan(int number);
+    const VsanInfo *snapshotVsanAfter(int after);
     const MemberListing *snapshotMembers(int vsan);
     void loadMembers(MemberListing *listing);
     Snapshot snapshot_;

@@ -81,6 +81,33 @@ TEST_F(SwitchTest, ARequestReadsOneSnapshotFollowsItsOwnWritesAndLeavesNothingOp
     EXPECT_STREQ("renamed-again", getCSName());
 }
 
+// A request answers "the VSAN after n" from its table for any n, whether a
+// VSAN of that number exists or not, exactly as a lookup outside it does.
+TEST_F(SwitchTest, NextVsanFromAnyStartingPointAnswersAsOutsideARequest) {
+    for (int number : {5, 6, 200, 4094}) addVsanFromOutside(number);
+    const int starts[] = {-7, 0, 1, 2, 5, 6, 7, 199, 200, 4093, 4094, 4095, 1 << 30};
+    auto answers = [&] {
+        std::vector<std::pair<int, int>> found;
+        for (int start : starts) {
+            VsanEntry entry{};
+            entry.vsan = start;
+            const int code = vsan_cim_get_vsanEntry(q_, ZP_VSAN_NEXT, &entry);
+            found.emplace_back(code, code == 0 ? entry.vsan : 0);
+            entry.vsan = start;
+            found.emplace_back(vsan_cim_get_vsanEntry(q_, ZP_VSAN_GIVEN, &entry), 0);
+        }
+        return found;
+    };
+    const auto outside = answers();
+    EXPECT_EQ(1, outside[2 * 1].second);    // after 0
+    EXPECT_EQ(200, outside[2 * 6].second);  // after 7, which has no VSAN
+    EXPECT_NE(0, outside[2 * 10].first);    // nothing after the highest
+    mutex_lock();
+    walkVsans();  // the walk reads the table: the answers below come from it
+    EXPECT_EQ(outside, answers());
+    mutex_unlock();
+}
+
 // What requests have read (VSAN table, listings, objects with their links
 // and members) is kept for the next request only while nobody commits: a
 // commit by another connection, or a command of this process, must show in
