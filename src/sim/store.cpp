@@ -765,8 +765,10 @@ std::vector<ZoningObject> Store::objects(int vsan, bool active, ObjectKind kind)
 bool Store::object(int vsan, bool active, ObjectKind kind, int number, ZoningObject *out) {
     if (const Relations *relations = snapshotRelations()) {
         auto found = relations->by_number.find(objectKey(vsan, active, number));
-        if (found == relations->by_number.end() || found->second->kind != kind) return false;
-        if (out != nullptr) *out = *found->second;
+        if (found == relations->by_number.end()) return false;
+        const ZoningObject &object = relations->objects[found->second];
+        if (object.kind != kind) return false;
+        if (out != nullptr) *out = object;
         return true;
     }
     Query q = query(
@@ -789,9 +791,18 @@ bool Store::objectByName(int vsan, bool active, ObjectKind kind, const std::stri
     return true;
 }
 
+std::vector<ZoningObject> Store::linkedObjects(Relations &relations,
+                                               const Relations::Adjacency &links,
+                                               std::int64_t row) {
+    std::vector<ZoningObject> out;
+    forEachLinked(relations, links, row,
+                  [&](std::uint32_t index) { out.push_back(relations.objects[index]); });
+    return out;
+}
+
 std::vector<ZoningObject> Store::children(const ZoningObject &parent) {
-    if (const Relations *relations = snapshotRelations())
-        return relatedObjects(relations->children, parent.row);
+    if (Relations *relations = snapshotRelations())
+        return linkedObjects(*relations, relations->children, parent.row);
     Query q = query(
         "SELECT o.id, o.vsan, o.active, o.kind, o.number, o.name FROM zlink l "
         "JOIN zobject o ON o.id = l.child WHERE l.parent = ? ORDER BY l.id");
@@ -802,8 +813,8 @@ std::vector<ZoningObject> Store::children(const ZoningObject &parent) {
 }
 
 std::vector<ZoningObject> Store::parents(const ZoningObject &child) {
-    if (const Relations *relations = snapshotRelations())
-        return relatedObjects(relations->parents, child.row);
+    if (Relations *relations = snapshotRelations())
+        return linkedObjects(*relations, relations->parents, child.row);
     Query q = query(
         "SELECT o.id, o.vsan, o.active, o.kind, o.number, o.name FROM zlink l "
         "JOIN zobject o ON o.id = l.parent WHERE l.child = ? ORDER BY l.id");
@@ -814,12 +825,10 @@ std::vector<ZoningObject> Store::parents(const ZoningObject &child) {
 }
 
 std::vector<Member> Store::members(const ZoningObject &parent) {
-    if (const Relations *relations = snapshotRelations()) {
+    if (Relations *relations = snapshotRelations()) {
         std::vector<Member> out;
-        auto found = relations->members.find(parent.row);
-        if (found == relations->members.end()) return out;
-        out.reserve(found->second.size());
-        for (const Member *member : found->second) out.push_back(*member);
+        forEachLinked(*relations, relations->member_links, parent.row,
+                      [&](std::uint32_t index) { out.push_back(relations->members[index]); });
         return out;
     }
     Query q = query(
@@ -833,10 +842,14 @@ std::vector<Member> Store::members(const ZoningObject &parent) {
 }
 
 bool Store::objectRow(int vsan, bool active, ObjectKind kind, int number, std::int64_t *row) {
-    if (const Relations *relations = snapshotRelations()) {
+    if (Relations *relations = snapshotRelations()) {
         auto found = relations->by_number.find(objectKey(vsan, active, number));
-        if (found == relations->by_number.end() || found->second->kind != kind) return false;
-        *row = found->second->row;
+        if (found == relations->by_number.end()) return false;
+        const ZoningObject &object = relations->objects[found->second];
+        if (object.kind != kind) return false;
+        *row = object.row;
+        relations->last_row = object.row;
+        relations->last_index = found->second;
         return true;
     }
     ZoningObject object;
@@ -847,11 +860,10 @@ bool Store::objectRow(int vsan, bool active, ObjectKind kind, int number, std::i
 
 void Store::forEachRelative(std::int64_t row, Relative relative,
                             FunctionRef<void(const ZoningObject &)> fn) {
-    if (const Relations *relations = snapshotRelations()) {
+    if (Relations *relations = snapshotRelations()) {
         const auto &links = relative == Relative::Child ? relations->children : relations->parents;
-        auto found = links.find(row);
-        if (found == links.end()) return;
-        for (const ZoningObject *related : found->second) fn(*related);
+        forEachLinked(*relations, links, row,
+                      [&](std::uint32_t index) { fn(relations->objects[index]); });
         return;
     }
     ZoningObject object;
@@ -862,10 +874,9 @@ void Store::forEachRelative(std::int64_t row, Relative relative,
 }
 
 void Store::forEachMemberOf(std::int64_t row, FunctionRef<void(const Member &)> fn) {
-    if (const Relations *relations = snapshotRelations()) {
-        auto found = relations->members.find(row);
-        if (found == relations->members.end()) return;
-        for (const Member *member : found->second) fn(*member);
+    if (Relations *relations = snapshotRelations()) {
+        forEachLinked(*relations, relations->member_links, row,
+                      [&](std::uint32_t index) { fn(relations->members[index]); });
         return;
     }
     ZoningObject parent;
@@ -883,7 +894,7 @@ std::vector<Member> Store::allMembers(int vsan, bool active) {
     return out;
 }
 
-const Store::Relations *Store::snapshotRelations() {
+Store::Relations *Store::snapshotRelations() {
     if (!session_read_open_) return nullptr;
     Relations &relations = snapshot_.relations;
     if (!relations.loaded) {
@@ -893,53 +904,95 @@ const Store::Relations *Store::snapshotRelations() {
     return &relations;
 }
 
-std::vector<ZoningObject> Store::relatedObjects(
-    const std::unordered_map<std::int64_t, std::vector<const ZoningObject *>> &links,
-    std::int64_t row) {
-    std::vector<ZoningObject> out;
-    auto found = links.find(row);
-    if (found == links.end()) return out;
-    out.reserve(found->second.size());
-    for (const ZoningObject *related : found->second) out.push_back(*related);
-    return out;
+bool Store::Relations::indexOfRow(std::int64_t row, std::uint32_t *index) {
+    if (row == last_row) {
+        *index = last_index;
+        return true;
+    }
+    auto found = by_row.find(row);
+    if (found == by_row.end()) return false;
+    *index = found->second;
+    return true;
 }
+
+bool Store::forEachLinked(Relations &relations, const Relations::Adjacency &links, std::int64_t row,
+                          FunctionRef<void(std::uint32_t)> fn) {
+    std::uint32_t index = 0;
+    if (!relations.indexOfRow(row, &index)) return false;
+    const Relations::Range range = links.of[index];
+    for (std::uint32_t i = range.begin; i < range.end; ++i) fn(links.targets[i]);
+    return true;
+}
+
+// The links grouped by the index they come from, each group in the order
+// of the pairs: one counting pass, one placing pass.
+Store::Relations::Adjacency Store::adjacency(std::size_t from_count, const LinkPairs &pairs) {
+    Relations::Adjacency links;
+    links.of.resize(from_count);
+    for (const auto &pair : pairs) ++links.of[pair.first].end;
+    std::uint32_t next = 0;
+    for (Relations::Range &range : links.of) {
+        const std::uint32_t size = range.end;
+        range.begin = next;
+        range.end = next;
+        next += size;
+    }
+    links.targets.resize(pairs.size());
+    for (const auto &pair : pairs) links.targets[links.of[pair.first].end++] = pair.second;
+    return links;
+}
+
+namespace {
+
+using IndexPairs = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
+
+IndexPairs reversed(IndexPairs pairs) {
+    for (auto &pair : pairs) std::swap(pair.first, pair.second);
+    return pairs;
+}
+
+}  // namespace
 
 // Links come in the order they were made, as the lookups one by one list
 // them.
 void Store::loadRelations(Relations *relations) {
     Relations loaded;
     {
-        Query q = query("SELECT id, vsan, active, kind, number, name FROM zobject");
+        Query q = query("SELECT id, vsan, active, kind, number, name FROM zobject ORDER BY id");
         while (q.next()) {
             ZoningObject object = objectFromRow(q);
-            const std::int64_t key = objectKey(object.vsan, object.active, object.number);
-            const std::int64_t row = object.row;
-            loaded.by_number[key] = &loaded.objects.emplace(row, std::move(object)).first->second;
+            const auto index = static_cast<std::uint32_t>(loaded.objects.size());
+            loaded.by_row.emplace(object.row, index);
+            loaded.by_number[objectKey(object.vsan, object.active, object.number)] = index;
+            loaded.objects.push_back(std::move(object));
         }
     }
+    LinkPairs links;
     {
         Query q = query("SELECT parent, child FROM zlink ORDER BY id");
-        while (q.next()) {
-            const std::int64_t parent = q.integer64(0);
-            const std::int64_t child = q.integer64(1);
-            loaded.children[parent].push_back(&loaded.objects.at(child));
-            loaded.parents[child].push_back(&loaded.objects.at(parent));
-        }
+        while (q.next())
+            links.emplace_back(loaded.by_row.at(q.integer64(0)), loaded.by_row.at(q.integer64(1)));
     }
+    loaded.children = adjacency(loaded.objects.size(), links);
+    loaded.parents = adjacency(loaded.objects.size(), reversed(std::move(links)));
+    std::unordered_map<std::int64_t, std::uint32_t> member_index;
     {
         Query q = query(
             "SELECT id, vsan, active, code, value, cim_type, id_text, value_text, match_key "
-            "FROM member");
+            "FROM member ORDER BY id");
         while (q.next()) {
             Member member = memberFromRow(q);
-            loaded.member_rows.emplace(member.row, std::move(member));
+            member_index.emplace(member.row, static_cast<std::uint32_t>(loaded.members.size()));
+            loaded.members.push_back(std::move(member));
         }
     }
+    links.clear();
     {
         Query q = query("SELECT parent, member FROM mlink ORDER BY id");
         while (q.next())
-            loaded.members[q.integer64(0)].push_back(&loaded.member_rows.at(q.integer64(1)));
+            links.emplace_back(loaded.by_row.at(q.integer64(0)), member_index.at(q.integer64(1)));
     }
+    loaded.member_links = adjacency(loaded.objects.size(), links);
     loaded.loaded = true;
     *relations = std::move(loaded);
 }

@@ -335,14 +335,28 @@ class Store {
     struct Relations {
         int lookups = 0;  // questions asked in this session before loading
         bool loaded = false;
-        // The objects and members by row; the other maps point at them
-        // (nodes of these maps stay where they are), so that a question
-        // costs one search.
-        std::unordered_map<std::int64_t, ZoningObject> objects;
-        std::unordered_map<std::int64_t, Member> member_rows;
-        std::unordered_map<std::int64_t, const ZoningObject *> by_number;  // by objectKey
-        std::unordered_map<std::int64_t, std::vector<const ZoningObject *>> children, parents;
-        std::unordered_map<std::int64_t, std::vector<const Member *>> members;  // of a parent
+        // Objects and members in row order. A link is an index into them and
+        // an object's relatives are one range of a link array, so that a
+        // walk reads arrays instead of following map nodes all over the heap.
+        struct Range {
+            std::uint32_t begin = 0;
+            std::uint32_t end = 0;
+        };
+        struct Adjacency {
+            std::vector<Range> of;               // by object index
+            std::vector<std::uint32_t> targets;  // in the order the links were made
+        };
+        std::vector<ZoningObject> objects;
+        std::vector<Member> members;
+        Adjacency children, parents, member_links;
+        std::unordered_map<std::int64_t, std::uint32_t> by_number;  // objectKey -> index
+        std::unordered_map<std::int64_t, std::uint32_t> by_row;     // row -> index
+        // The object objectRow() found last: a walk asks for its relatives
+        // next, and need not search for it again.
+        std::int64_t last_row = -1;
+        std::uint32_t last_index = 0;
+
+        bool indexOfRow(std::int64_t row, std::uint32_t *index);
     };
     static constexpr int kRelationLookupsBeforeLoading = 64;
     static std::int64_t objectKey(int vsan, bool active, int number) {
@@ -350,11 +364,17 @@ class Store {
     }
     // The relations when the snapshot has (or now reads) them; null while a
     // session has asked too little to make reading them worth it.
-    const Relations *snapshotRelations();
+    Relations *snapshotRelations();
     void loadRelations(Relations *relations);
-    static std::vector<ZoningObject> relatedObjects(
-        const std::unordered_map<std::int64_t, std::vector<const ZoningObject *>> &links,
-        std::int64_t row);
+    // Calls fn with the index of every object (or member) linked to the
+    // object of that row; false when the row is no object.
+    static bool forEachLinked(Relations &relations, const Relations::Adjacency &links,
+                              std::int64_t row, FunctionRef<void(std::uint32_t)> fn);
+    static std::vector<ZoningObject> linkedObjects(Relations &relations,
+                                                   const Relations::Adjacency &links,
+                                                   std::int64_t row);
+    using LinkPairs = std::vector<std::pair<std::uint32_t, std::uint32_t>>;  // (from, to)
+    static Relations::Adjacency adjacency(std::size_t from_count, const LinkPairs &pairs);
 
     struct Snapshot {
         std::int64_t data_version = -1;  // SQLite's, when this was read (-1: unknown)

@@ -108,6 +108,84 @@ TEST_F(SwitchTest, NextVsanFromAnyStartingPointAnswersAsOutsideARequest) {
     mutex_unlock();
 }
 
+// The answer code and the InstanceIDs of a relatives query, in list order.
+template <typename Record>
+Strings relatives(int queue, int (*query)(int, const char *, Record **), const std::string &id) {
+    Record *list = nullptr;
+    const int code = query(queue, id.c_str(), &list);
+    Strings found = takeList(list, true);
+    found.insert(found.begin(), "rc " + std::to_string(code));
+    return found;
+}
+
+// A request that asks for the relatives of many objects reads every link
+// once and answers the rest from memory: the answers, their order (links in
+// the order they were made, not that of the objects) and the refusals must
+// be those of the database, for both databases and every kind of relative.
+TEST_F(SwitchTest, RelativesAskedByTheHundredAnswerAsTheDatabaseDoes) {
+    constexpr int kZones = 40;
+    constexpr int kAliases = 12;
+    const int set_a = create(1, ZP_OBJECT_ZONE_SET, "set_a");
+    const int set_b = create(1, ZP_OBJECT_ZONE_SET, "set_b");
+    std::vector<int> zones, aliases;
+    for (int i = 0; i < kZones; ++i)
+        zones.push_back(create(1, ZP_OBJECT_ZONE, ("zone_" + std::to_string(i)).c_str()));
+    for (int i = 0; i < kAliases; ++i)
+        aliases.push_back(create(1, ZP_OBJECT_ZONE_ALIAS, ("alias_" + std::to_string(i)).c_str()));
+    for (int i = kZones - 1; i >= 0; --i) {
+        ASSERT_EQ(0, addZone(1, set_a, zones[i]));
+        if (i % 3 == 0) {
+            ASSERT_EQ(0, addZone(1, set_b, zones[i]));
+        }
+        ASSERT_EQ(0, addAlias(1, zones[i], aliases[(i + 5) % kAliases]));
+        ASSERT_EQ(0, addAlias(1, zones[i], aliases[i % kAliases]));
+        const std::string wwn = "21000000000000" + std::to_string(10 + i % 7);
+        ASSERT_EQ(0, member(1, ZP_OBJECT_ZONE, zones[i], 2, wwn.c_str()));
+    }
+    for (int i = 0; i < kAliases; ++i)
+        ASSERT_EQ(0, member(1, ZP_OBJECT_ZONE_ALIAS, aliases[i], 2,
+                            ("22000000000000" + std::to_string(10 + i)).c_str()));
+    ASSERT_EQ(0, activate(1, 0, set_b));
+
+    auto everything = [&] {
+        std::vector<Strings> answers;
+        for (int active : {0, 1}) {
+            for (int set : {set_a, set_b, 9999})
+                answers.push_back(
+                    relatives(q_, zs_cim_get_zone_set_zones_by_instance_id, id(1, set, active)));
+            for (int zone : zones) {
+                const std::string zone_id = id(1, zone, active);
+                answers.push_back(
+                    relatives(q_, zs_cim_get_zone_zone_set_parents_by_instance_id, zone_id));
+                answers.push_back(
+                    relatives(q_, zs_cim_get_zone_zone_aliases_by_instance_id, zone_id));
+                answers.push_back(
+                    relatives(q_, zs_cim_get_zone_zone_members_by_instance_id, zone_id));
+            }
+            for (int alias : aliases) {
+                const std::string alias_id = id(1, alias, active);
+                answers.push_back(
+                    relatives(q_, zs_cim_get_zone_alias_zone_parents_by_instance_id, alias_id));
+                answers.push_back(
+                    relatives(q_, zs_cim_get_zone_alias_zone_members_by_instance_id, alias_id));
+            }
+            // A zone set asked for as a zone is no zone.
+            answers.push_back(
+                relatives(q_, zs_cim_get_zone_zone_aliases_by_instance_id, id(1, set_a, active)));
+        }
+        return answers;
+    };
+    const std::vector<Strings> outside = everything();
+    EXPECT_EQ((Strings{"rc 0", id(1, zones[39]), id(1, zones[38])}),
+              Strings(outside[0].begin(), outside[0].begin() + 3));
+    EXPECT_EQ(Strings{"rc " + std::to_string(kNotFound)}, outside[2]);
+
+    mutex_lock();
+    EXPECT_EQ(outside, everything());  // read one by one, then from memory
+    EXPECT_EQ(outside, everything());  // from memory throughout
+    mutex_unlock();
+}
+
 // What requests have read (VSAN table, listings, objects with their links
 // and members) is kept for the next request only while nobody commits: a
 // commit by another connection, or a command of this process, must show in
