@@ -622,16 +622,15 @@ const VsanInfo *Store::snapshotVsan(int number) {
 
 const VsanInfo *Store::snapshotVsanAfter(int after) {
     const std::vector<VsanInfo> &table = snapshotVsans();
-    std::size_t next = 0;
-    if (after >= 0 && after <= kMaxVsan &&
-        snapshot_.vsan_slots[static_cast<std::size_t>(after)] != 0) {
+    if (after > kMaxVsan) return nullptr;
+    std::size_t next = 0;  // before any VSAN
+    if (after >= 0) {
         // A walk passes the VSAN it was just given: the next one follows it.
-        next = snapshot_.vsan_slots[static_cast<std::size_t>(after)];
-    } else if (after > kMaxVsan) {
-        return nullptr;
-    } else if (after >= 0) {
-        next = static_cast<std::size_t>(
-            std::lower_bound(table.begin(), table.end(), after + 1, numberBelow) - table.begin());
+        const std::uint16_t slot = snapshot_.vsan_slots[static_cast<std::size_t>(after)];
+        next = slot != 0 ? slot
+                         : static_cast<std::size_t>(std::lower_bound(table.begin(), table.end(),
+                                                                     after + 1, numberBelow) -
+                                                    table.begin());
     }
     return next < table.size() ? &table[next] : nullptr;
 }
@@ -942,17 +941,6 @@ Store::Relations::Adjacency Store::adjacency(std::size_t from_count, const LinkP
     return links;
 }
 
-namespace {
-
-using IndexPairs = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
-
-IndexPairs reversed(IndexPairs pairs) {
-    for (auto &pair : pairs) std::swap(pair.first, pair.second);
-    return pairs;
-}
-
-}  // namespace
-
 // Links come in the order they were made, as the lookups one by one list
 // them.
 void Store::loadRelations(Relations *relations) {
@@ -974,7 +962,8 @@ void Store::loadRelations(Relations *relations) {
             links.emplace_back(loaded.by_row.at(q.integer64(0)), loaded.by_row.at(q.integer64(1)));
     }
     loaded.children = adjacency(loaded.objects.size(), links);
-    loaded.parents = adjacency(loaded.objects.size(), reversed(std::move(links)));
+    for (auto &pair : links) std::swap(pair.first, pair.second);  // child to parent
+    loaded.parents = adjacency(loaded.objects.size(), links);
     std::unordered_map<std::int64_t, std::uint32_t> member_index;
     {
         Query q = query(

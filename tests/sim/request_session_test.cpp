@@ -149,29 +149,22 @@ TEST_F(SwitchTest, RelativesAskedByTheHundredAnswerAsTheDatabaseDoes) {
 
     auto everything = [&] {
         std::vector<Strings> answers;
+        // Every query given, about the object of that id.
+        auto ask = [&](const std::string &object_id, auto... queries) {
+            (answers.push_back(relatives(q_, queries, object_id)), ...);
+        };
         for (int active : {0, 1}) {
             for (int set : {set_a, set_b, 9999})
-                answers.push_back(
-                    relatives(q_, zs_cim_get_zone_set_zones_by_instance_id, id(1, set, active)));
-            for (int zone : zones) {
-                const std::string zone_id = id(1, zone, active);
-                answers.push_back(
-                    relatives(q_, zs_cim_get_zone_zone_set_parents_by_instance_id, zone_id));
-                answers.push_back(
-                    relatives(q_, zs_cim_get_zone_zone_aliases_by_instance_id, zone_id));
-                answers.push_back(
-                    relatives(q_, zs_cim_get_zone_zone_members_by_instance_id, zone_id));
-            }
-            for (int alias : aliases) {
-                const std::string alias_id = id(1, alias, active);
-                answers.push_back(
-                    relatives(q_, zs_cim_get_zone_alias_zone_parents_by_instance_id, alias_id));
-                answers.push_back(
-                    relatives(q_, zs_cim_get_zone_alias_zone_members_by_instance_id, alias_id));
-            }
+                ask(id(1, set, active), zs_cim_get_zone_set_zones_by_instance_id);
+            for (int zone : zones)
+                ask(id(1, zone, active), zs_cim_get_zone_zone_set_parents_by_instance_id,
+                    zs_cim_get_zone_zone_aliases_by_instance_id,
+                    zs_cim_get_zone_zone_members_by_instance_id);
+            for (int alias : aliases)
+                ask(id(1, alias, active), zs_cim_get_zone_alias_zone_parents_by_instance_id,
+                    zs_cim_get_zone_alias_zone_members_by_instance_id);
             // A zone set asked for as a zone is no zone.
-            answers.push_back(
-                relatives(q_, zs_cim_get_zone_zone_aliases_by_instance_id, id(1, set_a, active)));
+            ask(id(1, set_a, active), zs_cim_get_zone_zone_aliases_by_instance_id);
         }
         return answers;
     };
