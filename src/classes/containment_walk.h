@@ -24,6 +24,7 @@
 #include "classes/path_keys.h"
 #include "platform/zoning_platform.h"
 #include "provider/platform_records.h"
+#include "provider/trace_line.h"
 #include "provider/zone_provider.h"
 
 namespace zone::containment {
@@ -42,7 +43,8 @@ using PairInstanceBuilder = CMPIInstance *(*)(const char *cls, const char *ns,
                                               const CMPIBroker *broker);
 
 // One kind of parent and its children: the queries, the builders and the
-// trace lines of its two passes. A null trace prints nothing.
+// trace lines of its two passes, written into the walk's batch. A null trace
+// prints nothing.
 template <typename Parent, typename Child>
 struct ParentKind {
     using Record = Parent;
@@ -56,9 +58,9 @@ struct ParentKind {
     const char *child_class;
     ReferenceBuilder<Child> child_reference;
     PairPathBuilder<Parent, Child> pair_path;
-    void (*on_parents)(int count, int vsan);
-    void (*on_parent)(const Parent &parent);
-    void (*on_child)(const Child &child);
+    void (*on_parents)(TraceBatch &out, int count, int vsan);
+    void (*on_parent)(TraceBatch &out, const Parent &parent);
+    void (*on_child)(TraceBatch &out, const Child &child);
 };
 
 template <typename First, typename Last>
@@ -78,12 +80,14 @@ ContainmentFamily(const char *, std::string_view, std::string_view, PairInstance
 
 enum class Deliver { Instances, Names };
 
-// What one enumeration delivers and where.
+// What one enumeration delivers and where, and the batch its trace lines
+// go to (set by the walk).
 struct Request {
     Deliver what;
     const CMPIResult *result;
     const char **props;
     const char *ns;
+    TraceBatch *out = nullptr;
 };
 
 template <typename Family, typename Kind, typename Child>
@@ -111,12 +115,12 @@ void visit_parent(const Family &family, const ParentKind<Parent, Child> &kind, c
         request.what == Deliver::Instances
             ? kind.parent_reference(kind.parent_class, request.ns, &parent, _broker)
             : nullptr;
-    if (kind.on_parent != nullptr) kind.on_parent(parent);
+    if (kind.on_parent != nullptr) kind.on_parent(*request.out, parent);
 
     OwnedList<Child> children;
     if (kind.children(mts_q, parent.instance_id, children.out()) != 0) return;
     children.visit([&](const Child *child) {
-        if (kind.on_child != nullptr) kind.on_child(*child);
+        if (kind.on_child != nullptr) kind.on_child(*request.out, *child);
         deliver_pair(family, kind, parent, parent_ref, *child, request);
     });
 }
@@ -130,7 +134,7 @@ void run_pass(const Family &family, const ParentKind<Parent, Child> &kind,
     int count = 0;
     Owned<Parent> parents;
     if (query(mts_q, vsan, &count, parents.out()) != 0) return;
-    if (kind.on_parents != nullptr) kind.on_parents(count, vsan);
+    if (kind.on_parents != nullptr) kind.on_parents(*request.out, count, vsan);
     if (!parents) return;
     for (int i = 0; i < count; ++i) visit_parent(family, kind, parents.get()[i], request);
 }
@@ -144,7 +148,9 @@ void run_both_databases(const Family &family, const Kind &kind, int vsan, const 
 // each active database before the editable one. Nothing is merged: an
 // object present in both databases gives its pairs once per copy.
 template <typename Family>
-int enumerate(const Family &family, const Request &request) {
+int enumerate(const Family &family, Request request) {
+    TraceBatch out;
+    request.out = &out;
     for_each_vsan(mts_q, [&](int vsan) {
         run_both_databases(family, family.first, vsan, request);
         run_both_databases(family, family.last, vsan, request);

@@ -10,26 +10,20 @@
 
 namespace {
 
-void trace_zone(const ZoneRecord &zone) {
-    zone::TraceLine()
-        .text("\tfound zone ")
-        .field(zone.instance_id)
-        .text(" -- ")
-        .field(zone.name)
-        .text(" \n");
+void trace_zone(zone::TraceBatch &out, const ZoneRecord &zone) {
+    out.text("\tfound zone ").field(zone.instance_id).text(" -- ").field(zone.name).text(" \n");
 }
 
-void trace_zone_alias(const ZoneAliasRecord &alias) {
-    zone::TraceLine()
-        .text("\tfound zone alias")
+void trace_zone_alias(zone::TraceBatch &out, const ZoneAliasRecord &alias) {
+    out.text("\tfound zone alias")
         .field(alias.instance_id)
         .text(" -- ")
         .field(alias.name)
         .text(" \n");
 }
 
-void trace_member(const ZoneMemberRecord &member) {
-    zone::TraceLine().text("\t found zone zone member -- ").field(member.member_value).text("\n");
+void trace_member(zone::TraceBatch &out, const ZoneMemberRecord &member) {
+    out.text("\t found zone zone member -- ").field(member.member_value).text("\n");
 }
 
 // Zones first, zone aliases second; the children of both are members.

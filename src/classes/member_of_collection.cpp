@@ -11,22 +11,16 @@
 namespace {
 
 // The same words for the editable database's count as for the active one's.
-void trace_zone_sets(int count, int vsan) {
-    zone::TraceLine()
-        .text("found ")
-        .number(count)
-        .text(" active zone set in vsan ")
-        .number(vsan)
-        .text("\n");
+void trace_zone_sets(zone::TraceBatch &out, int count, int vsan) {
+    out.text("found ").number(count).text(" active zone set in vsan ").number(vsan).text("\n");
 }
 
-void trace_zone_in_zone_set(const ZoneRecord &zone) {
-    zone::TraceLine().text("\t found zone in zone set -- ").field(zone.name).text("\n");
+void trace_zone_in_zone_set(zone::TraceBatch &out, const ZoneRecord &zone) {
+    out.text("\t found zone in zone set -- ").field(zone.name).text("\n");
 }
 
-void trace_zone(const ZoneRecord &zone) {
-    zone::TraceLine()
-        .text("\tfound zone ")
+void trace_zone(zone::TraceBatch &out, const ZoneRecord &zone) {
+    out.text("\tfound zone ")
         .field(zone.instance_id)
         .text(" -- ")
         .field(zone.name)
@@ -35,8 +29,8 @@ void trace_zone(const ZoneRecord &zone) {
         .text("\n");
 }
 
-void trace_zone_alias(const ZoneAliasRecord &alias) {
-    zone::TraceLine().text("\t found  zone alias -- ").field(alias.name).text("\n");
+void trace_zone_alias(zone::TraceBatch &out, const ZoneAliasRecord &alias) {
+    out.text("\t found  zone alias -- ").field(alias.name).text("\n");
 }
 
 // Zone sets with their zones first, zones with their aliases second.

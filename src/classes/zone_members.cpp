@@ -18,17 +18,15 @@ constexpr const char *kNotFound = "Could not find or construct instance";
 using MemberQuery = int (*)(int, int, int *, ZoneMemberRecord **);
 
 // The member's identifier text, no further than its field reaches.
-void print_member_line(bool active, const ZoneMemberRecord &member) {
-    zone::TraceLine()
-        .text(active ? "\n found  zone member in get_zone_member_all_instances  -- "
-                     : "\n found  zone member get_zone_member_all_instances -- ")
+void print_member_line(zone::TraceBatch &out, bool active, const ZoneMemberRecord &member) {
+    out.text(active ? "\n found  zone member in get_zone_member_all_instances  -- "
+                    : "\n found  zone member get_zone_member_all_instances -- ")
         .field(member.member_value)
         .text("\n");
 }
 
-void print_count_line(bool active, int count, int vsan) {
-    zone::TraceLine()
-        .text("found ")
+void print_count_line(zone::TraceBatch &out, bool active, int count, int vsan) {
+    out.text("found ")
         .number(count)
         .text(active ? " active zone member in vsan " : " non active zone member in vsan ")
         .number(vsan)
@@ -37,22 +35,24 @@ void print_count_line(bool active, int count, int vsan) {
 
 // One database of one VSAN; a failed query only skips it.
 template <typename Deliver>
-void list_members(MemberQuery query, bool active, bool traced, int vsan, Deliver &&deliver) {
+void list_members(zone::TraceBatch &out, MemberQuery query, bool active, bool traced, int vsan,
+                  Deliver &&deliver) {
     int count = 0;
     zone::OwnedList<ZoneMemberRecord> members;
     if (query(mts_q, vsan, &count, members.out()) != 0) return;
-    if (traced) print_count_line(active, count, vsan);
+    if (traced) print_count_line(out, active, count, vsan);
     members.visit([&](const ZoneMemberRecord *member) {
-        if (traced) print_member_line(active, *member);
+        if (traced) print_member_line(out, active, *member);
         deliver(*member);
     });
 }
 
 template <typename Deliver>
 void enumerate_members(bool traced, Deliver &&deliver) {
+    zone::TraceBatch out;
     zone::for_each_vsan(mts_q, [&](int vsan) {
-        list_members(zs_cim_get_all_active_zone_members, true, traced, vsan, deliver);
-        list_members(zs_cim_get_all_non_active_zone_members, false, traced, vsan, deliver);
+        list_members(out, zs_cim_get_all_active_zone_members, true, traced, vsan, deliver);
+        list_members(out, zs_cim_get_all_non_active_zone_members, false, traced, vsan, deliver);
     });
 }
 

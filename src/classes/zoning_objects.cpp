@@ -91,18 +91,16 @@ const char *text_or_empty(const CMPIString *s) {
     return chars != nullptr ? chars : "";
 }
 
-void trace_vsan(VsanTrace trace, int vsan) {
+void trace_vsan(zone::TraceBatch &out, VsanTrace trace, int vsan) {
     if (trace == VsanTrace::None) return;
-    zone::TraceLine().text("\t FOUND VSAN ").number(vsan).text("\n");
-    if (trace == VsanTrace::FoundVsanGettingKeys)
-        zone::TraceLine().text("getting zone all instances keys\n");
+    out.text("\t FOUND VSAN ").number(vsan).text("\n");
+    if (trace == VsanTrace::FoundVsanGettingKeys) out.text("getting zone all instances keys\n");
 }
 
 enum class Database { Active, NonActive };
 
-void trace_count(Database database, const char *noun, int count, int vsan) {
-    zone::TraceLine()
-        .text("found ")
+void trace_count(zone::TraceBatch &out, Database database, const char *noun, int count, int vsan) {
+    out.text("found ")
         .number(count)
         .text(database == Database::Active ? " active " : " NON active ")
         .text(noun)
@@ -117,11 +115,10 @@ const char *or_empty(const char *text) {
 
 // Record texts are printed no further than their fields reach.
 template <typename Record>
-void trace_record(RecordTrace trace, Database database, int index, const Record &record,
-                  const char *cls, const char *ns) {
+void trace_record(zone::TraceBatch &out, RecordTrace trace, Database database, int index,
+                  const Record &record, const char *cls, const char *ns) {
     if (trace == RecordTrace::IndexActiveOnly && database == Database::Active)
-        zone::TraceLine()
-            .text("i is ")
+        out.text("i is ")
             .number(index)
             .text(" class_name is ")
             .text(or_empty(cls))
@@ -129,8 +126,7 @@ void trace_record(RecordTrace trace, Database database, int index, const Record 
             .text(or_empty(ns))
             .text(" \n");
     else if (trace == RecordTrace::IdAndName)
-        zone::TraceLine()
-            .text("\tfound zone ")
+        out.text("\tfound zone ")
             .field(record.instance_id)
             .text(" -- ")
             .field(record.name)
@@ -141,16 +137,17 @@ void trace_record(RecordTrace trace, Database database, int index, const Record 
 // deliver in array order, and the array is released. A query that fails
 // hands back nothing, so nothing is printed, delivered or released.
 template <typename Record, typename Deliver>
-void list_database(int (*query)(int, int, int *, Record **), Database database,
-                   const ZoningClass<Record> &kind, const EnumerationTrace &trace, int vsan,
-                   const char *cls, const char *ns, Deliver &&deliver) {
+void list_database(zone::TraceBatch &out, int (*query)(int, int, int *, Record **),
+                   Database database, const ZoningClass<Record> &kind,
+                   const EnumerationTrace &trace, int vsan, const char *cls, const char *ns,
+                   Deliver &&deliver) {
     int count = 0;
     Record *records = nullptr;
     if (query(mts_q, vsan, &count, &records) != 0) return;
     const zone::Owned<Record> owner(records);
-    trace_count(database, kind.count_noun, count, vsan);
+    trace_count(out, database, kind.count_noun, count, vsan);
     for (int i = 0; records != nullptr && i < count; ++i) {
-        trace_record(trace.per_record, database, i, records[i], cls, ns);
+        trace_record(out, trace.per_record, database, i, records[i], cls, ns);
         deliver(records[i]);
     }
 }
@@ -158,10 +155,11 @@ void list_database(int (*query)(int, int, int *, Record **), Database database,
 template <typename Record, typename Deliver>
 void enumerate(const ZoningClass<Record> &kind, const EnumerationTrace &trace, const char *cls,
                const char *ns, Deliver &&deliver) {
+    zone::TraceBatch out;
     zone::for_each_vsan(mts_q, [&](int vsan) {
-        trace_vsan(trace.per_vsan, vsan);
-        list_database(kind.all_active, Database::Active, kind, trace, vsan, cls, ns, deliver);
-        list_database(kind.all_non_active, Database::NonActive, kind, trace, vsan, cls, ns,
+        trace_vsan(out, trace.per_vsan, vsan);
+        list_database(out, kind.all_active, Database::Active, kind, trace, vsan, cls, ns, deliver);
+        list_database(out, kind.all_non_active, Database::NonActive, kind, trace, vsan, cls, ns,
                       deliver);
     });
 }

@@ -93,15 +93,13 @@ int walk_aliases(const AliasWalk &walk) {
     ddas_iterator *iterator = nullptr;
     const int count = open_walk(walk, &iterator);
     if (count <= 0) return -1;
+    zone::TraceBatch out;
     for (int i = 0; i < count; ++i) {
         zone::Owned<DeviceAliasEntry> entry = new_entry();
         if (!entry) return -1;
         const int fetched = ddas_api_iter_get_next_device_alias_entry(iterator, entry.get());
         if (walk.what == Deliver::Names)
-            zone::TraceLine()
-                .text("\nret_value for get_next_alias_entry= ")
-                .number(fetched)
-                .text(" ");
+            out.text("\nret_value for get_next_alias_entry= ").number(fetched).text(" ");
         if (fetched != 0) break;
         deliver_entry(walk, entry.get());
     }
