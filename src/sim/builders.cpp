@@ -105,19 +105,25 @@ class Value {
 
 using Values = std::span<const Value>;
 
-// A text field of a platform record, cut at its NUL or at the field's end.
+// A text field of a platform record, cut at its NUL or at the field's end:
+// the field itself when it holds its NUL (every path of an enumeration is
+// made from one), else a terminated copy.
 template <std::size_t N>
 class FieldText {
   public:
-    explicit FieldText(const char (&field)[N]) {
-        std::size_t length = strnlen(field, N);
-        std::memcpy(text_, field, length);
-        text_[length] = '\0';
+    explicit FieldText(const char (&field)[N]) : text_(field) {
+        if (strnlen(field, N) < N) return;
+        std::memcpy(copy_, field, N);
+        copy_[N] = '\0';
+        text_ = copy_;
     }
+    FieldText(const FieldText &) = delete;
+    FieldText &operator=(const FieldText &) = delete;
     const char *c_str() const { return text_; }
 
   private:
-    char text_[N + 1];
+    const char *text_;
+    char copy_[N + 1];
 };
 
 // A number in decimal, as "%d" writes it.

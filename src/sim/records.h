@@ -1,6 +1,6 @@
-// Platform records made from the store's objects. Everything is allocated
-// with calloc (unused bytes zero) and handed to the caller, who frees it:
-// arrays with one free(), lists node by node.
+// Platform records made from the store's objects, every unused byte zero,
+// handed to the caller, who frees them: arrays with one free(), lists node
+// by node.
 #pragma once
 
 #include <algorithm>
@@ -18,10 +18,17 @@
 
 namespace zonesim {
 
+// Copies a text whose length is only known at run time through the C
+// library's memcpy: inlined, a copy bounded by a record field became a
+// `rep movsq`, slow to start for the few bytes of a name or a number.
+[[gnu::noinline]] inline void copyBytes(char *to, const char *from, std::size_t size) {
+    std::memcpy(to, from, size);
+}
+
 template <std::size_t N>
 void copyText(char (&field)[N], std::string_view text) {
     std::size_t n = text.size() < N - 1 ? text.size() : N - 1;
-    std::memcpy(field, text.data(), n);
+    copyBytes(field, text.data(), n);
     field[n] = '\0';
 }
 
@@ -33,7 +40,7 @@ class FieldWriter {
     explicit FieldWriter(char (&field)[N]) : field_(field) {}
     FieldWriter &text(std::string_view piece) {
         std::size_t n = std::min(piece.size(), N - 1 - length_);
-        std::memcpy(field_ + length_, piece.data(), n);
+        copyBytes(field_ + length_, piece.data(), n);
         length_ += n;
         return *this;
     }
@@ -97,19 +104,6 @@ Record *newRecord(const Source &source) {
     return record;
 }
 
-// An array of records in the order given, stride sizeof(Record). An empty
-// answer is still an allocated array (of one zeroed record) with count 0.
-template <typename Record>
-int toArray(const std::vector<ZoningObject> &objects, int *count, Record **records) {
-    std::size_t n = objects.empty() ? 1 : objects.size();
-    auto *array = static_cast<Record *>(std::calloc(n, sizeof(Record)));
-    if (array == nullptr) return kErrUnknown;
-    for (std::size_t i = 0; i < objects.size(); ++i) fillRecord(&array[i], objects[i]);
-    *count = static_cast<int>(objects.size());
-    *records = array;
-    return 0;
-}
-
 // An array of records grown one record at a time (zeroed, as calloc makes
 // them) and handed over whole; what is not handed over is freed.
 template <typename Record>
@@ -128,6 +122,19 @@ class RecordArray {
         records_ = static_cast<Record *>(std::calloc(n, sizeof(Record)));
         if (records_ == nullptr) return false;
         capacity_ = n;
+        return true;
+    }
+    // The array becomes a copy of records already rendered, stride
+    // sizeof(Record) (the array must still be empty); false when out of
+    // memory.
+    bool copyOf(std::string_view rendered) {
+        if (records_ != nullptr) return false;
+        const std::size_t n = rendered.size() / sizeof(Record);
+        if (n == 0) return true;
+        records_ = static_cast<Record *>(std::malloc(n * sizeof(Record)));
+        if (records_ == nullptr) return false;
+        std::memcpy(static_cast<void *>(records_), rendered.data(), n * sizeof(Record));
+        size_ = capacity_ = n;
         return true;
     }
     // A new zeroed record at the end; null when out of memory.

@@ -566,8 +566,11 @@ std::string Store::readSwitchName() {
     return q.next() ? q.text(0) : std::string(kDefaultSwitchName);
 }
 
-std::string Store::switchName() {
-    if (!session_read_open_) return readSwitchName();
+const std::string &Store::switchName() {
+    if (!session_read_open_) {
+        switch_name_read_ = readSwitchName();
+        return switch_name_read_;
+    }
     if (!snapshot_.switch_name) snapshot_.switch_name = readSwitchName();
     return *snapshot_.switch_name;
 }
@@ -635,38 +638,46 @@ const VsanInfo *Store::snapshotVsanAfter(int after) {
     return next < table.size() ? &table[next] : nullptr;
 }
 
-bool Store::vsan(int number, VsanInfo *out) {
-    if (session_read_open_ && snapshot_.vsans) {
-        const VsanInfo *found = snapshotVsan(number);
-        if (found == nullptr) return false;
-        if (out != nullptr) *out = *found;
-        return true;
+const VsanInfo *Store::findVsan(int number, bool next, VsanInfo *scratch) {
+    if (session_read_open_) {
+        if (!next && snapshot_.vsans) return snapshotVsan(number);
+        // The first step of a walk costs one lookup, as a lone lookup does;
+        // the second reads the table.
+        if (next && (snapshot_.vsans || ++snapshot_.walk_steps > 1))
+            return snapshotVsanAfter(number);
     }
-    Query q = query(
-        "SELECT number, name, domain_id, switch_wwn, principal_wwn FROM vsan "
-        "WHERE number = ?");
+    return readVsan(number, next, scratch) ? scratch : nullptr;
+}
+
+bool Store::readVsan(int number, bool next, VsanInfo *out) {
+    Query q = query(next ? "SELECT number, name, domain_id, switch_wwn, principal_wwn FROM vsan "
+                           "WHERE number > ? ORDER BY number LIMIT 1"
+                         : "SELECT number, name, domain_id, switch_wwn, principal_wwn FROM vsan "
+                           "WHERE number = ?");
     q.bind(number);
     if (!q.next()) return false;
-    if (out != nullptr) *out = vsanFromRow(q);
+    *out = vsanFromRow(q);
     return true;
 }
 
-bool Store::nextVsan(int after, VsanInfo *out) {
-    // The first step of a walk costs one lookup, as a lone lookup does; the
-    // second reads the table.
-    if (session_read_open_ && (snapshot_.vsans || ++snapshot_.walk_steps > 1)) {
-        const VsanInfo *found = snapshotVsanAfter(after);
-        if (found == nullptr) return false;
-        if (out != nullptr) *out = *found;
-        return true;
-    }
-    Query q = query(
-        "SELECT number, name, domain_id, switch_wwn, principal_wwn FROM vsan "
-        "WHERE number > ? ORDER BY number LIMIT 1");
-    q.bind(after);
-    if (!q.next()) return false;
-    if (out != nullptr) *out = vsanFromRow(q);
+namespace {
+
+bool copyFound(const VsanInfo *found, VsanInfo *scratch, VsanInfo *out) {
+    if (found == nullptr) return false;
+    if (out != nullptr) *out = found == scratch ? std::move(*scratch) : *found;
     return true;
+}
+
+}  // namespace
+
+bool Store::vsan(int number, VsanInfo *out) {
+    VsanInfo scratch;
+    return copyFound(findVsan(number, false, &scratch), &scratch, out);
+}
+
+bool Store::nextVsan(int after, VsanInfo *out) {
+    VsanInfo scratch;
+    return copyFound(findVsan(after, true, &scratch), &scratch, out);
 }
 
 int Store::addVsan(const VsanInfo &info) {
@@ -1049,6 +1060,38 @@ void Store::forEachObject(int vsan, bool active, ObjectKind kind,
         "WHERE vsan = ? AND active = ? AND kind = ? ORDER BY id");
     q.bind(vsan).bind(active).bind(static_cast<int>(kind));
     while (q.next()) fn(ObjectRow{vsan, active, q.integer(0), q.textView(1)});
+}
+
+const std::string *Store::renderedObjects(
+    int vsan, bool active, ObjectKind kind, std::size_t record_size,
+    FunctionRef<void(const ObjectRow &, void *record)> render) {
+    if (record_size == 0 || snapshotListing(vsan, kind) == nullptr) return nullptr;
+    KindListing &listing = snapshot_.listings[static_cast<std::size_t>(kind)];
+    if (listing.rendered_size != record_size) {
+        listing.rendered.clear();
+        listing.rendered_size = record_size;
+    }
+    const std::int64_t key = databaseKey(vsan, active);
+    auto [kept, added] = listing.rendered.try_emplace(key);
+    if (!added) return &kept->second;
+    try {
+        auto found = listing.databases.find(key);
+        if (found == listing.databases.end()) return &kept->second;
+        std::string &bytes = kept->second;
+        bytes.assign(found->second.size() * record_size, '\0');
+        const std::string_view names = listing.names;
+        char *record = bytes.data();
+        for (const ListedObject &object : found->second) {
+            render(ObjectRow{vsan, active, object.number,
+                             names.substr(object.name_offset, object.name_length)},
+                   record);
+            record += record_size;
+        }
+    } catch (...) {
+        listing.rendered.erase(key);  // never kept half rendered
+        throw;
+    }
+    return &kept->second;
 }
 
 const Store::MemberListing *Store::snapshotMembers(int vsan) {

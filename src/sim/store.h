@@ -159,12 +159,18 @@ class Store {
     void endSession();
 
     // ---- Switch and VSANs ------------------------------------------------
-    std::string switchName();
+    // Valid until the next call on this Store.
+    const std::string &switchName();
     int setSwitchName(const std::string &name);
     std::vector<VsanInfo> vsans();  // ascending
     bool vsan(int number, VsanInfo *out);
     bool nextVsan(int after, VsanInfo *out);  // the lowest VSAN above after
-    int addVsan(const VsanInfo &vsan);        // kErrAlreadyPresent when it exists
+    // The VSAN numbered number, or with next set the lowest one above it;
+    // null when there is none. Inside a session the answer points into the
+    // table the session keeps, with no copy made; otherwise the VSAN is read
+    // into *scratch. Valid until the next call on this Store.
+    const VsanInfo *findVsan(int number, bool next, VsanInfo *scratch);
+    int addVsan(const VsanInfo &vsan);  // kErrAlreadyPresent when it exists
     Limits limits();
     int setLimits(const Limits &limits);
 
@@ -212,6 +218,16 @@ class Store {
     // How many rows forEachObject() is about to list, when that is known
     // without a query (the listing is in memory); 0 otherwise.
     std::size_t listedObjectCount(int vsan, bool active, ObjectKind kind);
+    // The objects of one database as the caller renders them: record_size
+    // bytes each, in listing order, rendered once by render (given each row
+    // and its zeroed bytes) and kept with the listing, so for as long as the
+    // file is unchanged. An enumeration's records are then copies of them.
+    // Null when no listing is kept (outside a session, or for the first VSAN
+    // a session lists): the caller lists the rows itself. Valid until the
+    // next call on this Store.
+    const std::string *renderedObjects(int vsan, bool active, ObjectKind kind,
+                                       std::size_t record_size,
+                                       FunctionRef<void(const ObjectRow &, void *record)> render);
     bool member(int vsan, bool active, std::uint8_t code, const std::vector<std::uint8_t> &key,
                 Member *out);
     // Zones (parent_kind Zone) or aliases (Alias) holding the member.
@@ -276,6 +292,7 @@ class Store {
     int checkCapacity(ObjectKind kind);
     std::vector<VsanInfo> readVsans();
     std::string readSwitchName();
+    bool readVsan(int number, bool next, VsanInfo *out);
     // The VSAN table of the session's snapshot, read on first use.
     const std::vector<VsanInfo> &snapshotVsans();
 
@@ -312,6 +329,9 @@ class Store {
         bool loaded = false;
         std::unordered_map<std::int64_t, std::vector<ListedObject>> databases;  // by databaseKey
         std::string names;
+        // renderedObjects(), by databaseKey, all records of rendered_size bytes.
+        std::unordered_map<std::int64_t, std::string> rendered;
+        std::size_t rendered_size = 0;
     };
     // Members are listed the same way, from one pass over their table.
     struct ListedMember {
@@ -402,6 +422,7 @@ class Store {
     const MemberListing *snapshotMembers(int vsan);
     void loadMembers(MemberListing *listing);
     Snapshot snapshot_;
+    std::string switch_name_read_;  // what switchName() read outside a session
 };
 
 }  // namespace zonesim

@@ -17,8 +17,9 @@
 namespace zonesim {
 namespace {
 
-// The records are made from the statement's rows as they come, inside the
-// read: an enumeration lists tens of thousands of objects, and an object
+// Records the store keeps rendered (see Store::renderedObjects) are copied in
+// one piece. Else the records are made from the rows as they come, inside
+// the read: an enumeration lists tens of thousands of objects, and an object
 // (or a member with its texts and encoded value) built first and copied
 // into its record afterwards cost as much as reading the row.
 template <typename Record>
@@ -27,6 +28,13 @@ int allObjects(int queue, int vsan, bool active, ObjectKind kind, int *count, Re
     RecordArray<Record> array;
     int code = withStore(queue, false, [&](Store &store) {
         if (!store.vsan(vsan, nullptr)) return kErrVsanNotConfigured;
+        auto render = [](const Store::ObjectRow &row, void *record) {
+            fillObjectRecord(static_cast<Record *>(record), row.vsan, row.number, row.active,
+                             row.name);
+        };
+        if (const std::string *kept =
+                store.renderedObjects(vsan, active, kind, sizeof(Record), render))
+            return array.copyOf(*kept) ? kOk : kErrUnknown;
         if (!array.reserve(store.listedObjectCount(vsan, active, kind))) return kErrUnknown;
         bool complete = true;
         store.forEachObject(vsan, active, kind, [&](const Store::ObjectRow &row) {

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "sim_switch_support.h"
 
@@ -106,6 +107,87 @@ TEST_F(SwitchTest, NextVsanFromAnyStartingPointAnswersAsOutsideARequest) {
     walkVsans();  // the walk reads the table: the answers below come from it
     EXPECT_EQ(outside, answers());
     mutex_unlock();
+}
+
+// One listing as raw bytes: the answer code and count, then the array's
+// records whole (the padding after each text included).
+template <typename Record>
+std::string listingBytes(int (*get)(int, int, int *, Record **), int queue, int vsan) {
+    int count = -1;
+    Record *records = nullptr;
+    const int code = get(queue, vsan, &count, &records);
+    std::string bytes = "rc " + std::to_string(code) + " count " + std::to_string(count) + "\n";
+    if (code != 0) return bytes;
+    const std::size_t n = count > 0 ? static_cast<std::size_t>(count) : 1;
+    bytes.append(reinterpret_cast<const char *>(records), n * sizeof(Record));
+    std::free(records);
+    return bytes;
+}
+
+// One member list as raw bytes: the answer code and count, then every node
+// whole but for its link.
+std::string memberBytes(int (*get)(int, int, int *, ZoneMemberRecord **), int queue, int vsan) {
+    int count = -1;
+    ZoneMemberRecord *list = nullptr;
+    const int code = get(queue, vsan, &count, &list);
+    std::string bytes = "rc " + std::to_string(code) + " count " + std::to_string(count) + "\n";
+    while (list != nullptr) {
+        ZoneMemberRecord node = *list;
+        node.next = nullptr;
+        bytes.append(reinterpret_cast<const char *>(&node), sizeof node);
+        std::free(std::exchange(list, list->next));
+    }
+    return bytes;
+}
+
+// A request keeps the records of what it listed and hands out copies of
+// them: whole records must be the bytes a listing outside a request makes,
+// whether the request read the rows (its first VSAN) or copies kept
+// records, in this request or the next.
+TEST_F(SwitchTest, ListedRecordsAreTheSameBytesWhetherKeptOrRead) {
+    addVsanFromOutside(2);
+    addVsanFromOutside(3);
+    const std::string longest(64, 'z');
+    const int set = create(2, ZP_OBJECT_ZONE_SET, "set_with_a_long_name_for_its_padding");
+    create(2, ZP_OBJECT_ZONE_SET, "s");
+    const int zone = create(2, ZP_OBJECT_ZONE, longest.c_str());
+    create(2, ZP_OBJECT_ZONE, "z");
+    create(3, ZP_OBJECT_ZONE, "zone_in_3");
+    create(1, ZP_OBJECT_ZONE_ALIAS, "alias_in_1");
+    create(2, ZP_OBJECT_ZONE_ALIAS, "a");
+    ASSERT_EQ(0, addZone(2, set, zone));
+    ASSERT_EQ(0, member(2, ZP_OBJECT_ZONE, zone, 2, "2100000000000001"));
+    ASSERT_EQ(0, member(2, ZP_OBJECT_ZONE, zone, 3, "0x010203"));
+    ASSERT_EQ(0, activate(2, 0, set));
+    ASSERT_EQ(0, member(3, ZP_OBJECT_ZONE, create(3, ZP_OBJECT_ZONE, "z3"), 2, "2100000000000002"));
+
+    auto everything = [&] {
+        std::vector<std::string> listed;
+        for (const int vsan : {1, 2, 3, 4})  // 4 is not configured
+            for (const bool active : {true, false}) {
+                listed.push_back(listingBytes(
+                    active ? zs_cim_get_all_active_zone_sets : zs_cim_get_all_non_active_zone_sets,
+                    q_, vsan));
+                listed.push_back(listingBytes(
+                    active ? zs_cim_get_all_active_zones : zs_cim_get_all_non_active_zones, q_,
+                    vsan));
+                listed.push_back(listingBytes(active ? zs_cim_get_all_active_zone_aliases
+                                                     : zs_cim_get_all_non_active_zone_aliases,
+                                              q_, vsan));
+                listed.push_back(memberBytes(active ? zs_cim_get_all_active_zone_members
+                                                    : zs_cim_get_all_non_active_zone_members,
+                                             q_, vsan));
+            }
+        return listed;
+    };
+    const std::vector<std::string> outside = everything();
+    for (int request = 0; request < 2; ++request) {
+        SCOPED_TRACE("request " + std::to_string(request));
+        mutex_lock();
+        EXPECT_EQ(outside, everything());
+        EXPECT_EQ(outside, everything());
+        mutex_unlock();
+    }
 }
 
 // The answer code and the InstanceIDs of a relatives query, in list order.
