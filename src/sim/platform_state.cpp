@@ -1,10 +1,12 @@
 // Process-wide state of the platform operations (see platform_state.h).
 #include "sim/platform_state.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #include "sim/sim_errors.h"
 
@@ -61,40 +63,45 @@ int guarded(FunctionRef<int()> fn) {
 
 namespace {
 
-// The request running on this thread, if any: the database its session
-// holds and the switch name it has read.
+// The request running now, if any: the database its session holds and the
+// switch name it has read. Requests are serialised by the provider mutex, so
+// there is at most one, and only the thread running it (the owner) touches
+// anything but the owner field. It is kept for the whole process rather
+// than per thread: every platform call and every path a builder makes asks
+// for it, and finding a thread-local variable of a shared library costs a
+// call each time.
 struct RequestState {
-    bool open = false;
+    std::atomic<std::thread::id> owner{};
     std::shared_ptr<Store> session;
     bool name_known = false;
     std::string switch_name;
 };
 
-thread_local RequestState t_request;
+RequestState g_request;
+
+bool ownsRequest() {
+    return g_request.owner.load(std::memory_order_relaxed) == std::this_thread::get_id();
+}
 
 void endSessionOfRequest() {
-    if (t_request.session) t_request.session->endSession();
-    t_request.session.reset();
+    if (g_request.session) g_request.session->endSession();
+    g_request.session.reset();
 }
 
 // Inside a request, the database of its first platform call becomes the
 // request's session.
 void joinSession(const std::shared_ptr<Store> &store) {
-    if (!t_request.open || t_request.session == store) return;
+    if (!ownsRequest() || g_request.session == store) return;
     endSessionOfRequest();
     store->beginSession();
-    t_request.session = store;
+    g_request.session = store;
 }
-
-}  // namespace
-
-namespace {
 
 // A request works on one switch from its first platform call to its end:
 // ZONE_SIM_DB is read again by the next request. (It also spares every
 // platform call of a request the process-wide lock and the environment.)
 Store *sessionStoreOfRequest() {
-    return t_request.open ? t_request.session.get() : nullptr;
+    return ownsRequest() ? g_request.session.get() : nullptr;
 }
 
 }  // namespace
@@ -121,32 +128,33 @@ int withStore(int queue, bool write, FunctionRef<int(Store &)> fn) {
 }
 
 void beginRequest() {
-    t_request.open = true;
-    t_request.name_known = false;
+    g_request.owner.store(std::this_thread::get_id());
+    g_request.name_known = false;
 }
 
 void endRequest() {
+    if (!ownsRequest()) return;
     endSessionOfRequest();
-    t_request.open = false;
-    t_request.name_known = false;
+    g_request.name_known = false;
+    g_request.owner.store(std::thread::id());
 }
 
 const std::string *knownSwitchNameOfRequest() {
-    return t_request.open && t_request.name_known ? &t_request.switch_name : nullptr;
+    return ownsRequest() && g_request.name_known ? &g_request.switch_name : nullptr;
 }
 
 int switchNameOfRequest(std::string *name) {
-    if (t_request.open && t_request.name_known) {
-        *name = t_request.switch_name;
+    if (const std::string *known = knownSwitchNameOfRequest()) {
+        *name = *known;
         return kOk;
     }
     int code = withStoreNoQueue(false, [&](Store &store) {
         *name = store.switchName();
         return kOk;
     });
-    if (code == kOk && t_request.open) {
-        t_request.switch_name = *name;
-        t_request.name_known = true;
+    if (code == kOk && ownsRequest()) {
+        g_request.switch_name = *name;
+        g_request.name_known = true;
     }
     return code;
 }
