@@ -5,6 +5,7 @@
 // editable one after it, never merging the two; a retrieval asks the
 // platform for one record by its InstanceID.
 #include <cstdio>
+#include <string_view>
 
 #include <cmpimacs.h>
 
@@ -42,7 +43,7 @@ struct ZoningClass {
                                     const CMPIBroker *);
     CMPIObjectPath *(*fill_reference)(const char *, const char *, const Record *,
                                       const CMPIBroker *);
-    const char *count_noun;  // "found %d active <noun> in vsan %d\n"
+    std::string_view count_noun;  // "found %d active <noun> in vsan %d\n"
     EnumerationTrace names;
     EnumerationTrace instances;
     bool trace_failed_retrieval;
@@ -99,7 +100,8 @@ void trace_vsan(zone::TraceBatch &out, VsanTrace trace, int vsan) {
 
 enum class Database { Active, NonActive };
 
-void trace_count(zone::TraceBatch &out, Database database, const char *noun, int count, int vsan) {
+void trace_count(zone::TraceBatch &out, Database database, std::string_view noun, int count,
+                 int vsan) {
     out.text("found ")
         .number(count)
         .text(database == Database::Active ? " active " : " NON active ")
@@ -113,17 +115,26 @@ const char *or_empty(const char *text) {
     return text != nullptr ? text : "";
 }
 
+// What one enumeration passes down to its trace lines: its class and
+// namespace, measured once, and the batch of its lines.
+struct Walk {
+    std::string_view cls_text;
+    std::string_view ns_text;
+    zone::TraceBatch out;
+};
+
 // Record texts are printed no further than their fields reach.
 template <typename Record>
-void trace_record(zone::TraceBatch &out, RecordTrace trace, Database database, int index,
-                  const Record &record, const char *cls, const char *ns) {
+void trace_record(Walk &walk, RecordTrace trace, Database database, int index,
+                  const Record &record) {
+    zone::TraceBatch &out = walk.out;
     if (trace == RecordTrace::IndexActiveOnly && database == Database::Active)
         out.text("i is ")
             .number(index)
             .text(" class_name is ")
-            .text(or_empty(cls))
+            .text(walk.cls_text)
             .text(" name_space is ")
-            .text(or_empty(ns))
+            .text(walk.ns_text)
             .text(" \n");
     else if (trace == RecordTrace::IdAndName)
         out.text("\tfound zone ")
@@ -137,17 +148,16 @@ void trace_record(zone::TraceBatch &out, RecordTrace trace, Database database, i
 // deliver in array order, and the array is released. A query that fails
 // hands back nothing, so nothing is printed, delivered or released.
 template <typename Record, typename Deliver>
-void list_database(zone::TraceBatch &out, int (*query)(int, int, int *, Record **),
-                   Database database, const ZoningClass<Record> &kind,
-                   const EnumerationTrace &trace, int vsan, const char *cls, const char *ns,
+void list_database(Walk &walk, int (*query)(int, int, int *, Record **), Database database,
+                   const ZoningClass<Record> &kind, const EnumerationTrace &trace, int vsan,
                    Deliver &&deliver) {
     int count = 0;
     Record *records = nullptr;
     if (query(mts_q, vsan, &count, &records) != 0) return;
     const zone::Owned<Record> owner(records);
-    trace_count(out, database, kind.count_noun, count, vsan);
+    trace_count(walk.out, database, kind.count_noun, count, vsan);
     for (int i = 0; records != nullptr && i < count; ++i) {
-        trace_record(out, trace.per_record, database, i, records[i], cls, ns);
+        trace_record(walk, trace.per_record, database, i, records[i]);
         deliver(records[i]);
     }
 }
@@ -155,12 +165,11 @@ void list_database(zone::TraceBatch &out, int (*query)(int, int, int *, Record *
 template <typename Record, typename Deliver>
 void enumerate(const ZoningClass<Record> &kind, const EnumerationTrace &trace, const char *cls,
                const char *ns, Deliver &&deliver) {
-    zone::TraceBatch out;
+    Walk walk{or_empty(cls), or_empty(ns), {}};
     zone::for_each_vsan(mts_q, [&](int vsan) {
-        trace_vsan(out, trace.per_vsan, vsan);
-        list_database(out, kind.all_active, Database::Active, kind, trace, vsan, cls, ns, deliver);
-        list_database(out, kind.all_non_active, Database::NonActive, kind, trace, vsan, cls, ns,
-                      deliver);
+        trace_vsan(walk.out, trace.per_vsan, vsan);
+        list_database(walk, kind.all_active, Database::Active, kind, trace, vsan, deliver);
+        list_database(walk, kind.all_non_active, Database::NonActive, kind, trace, vsan, deliver);
     });
 }
 
