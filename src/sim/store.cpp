@@ -608,6 +608,12 @@ std::vector<VsanInfo> Store::vsans() {
     return session_read_open_ ? snapshotVsans() : readVsans();
 }
 
+const std::vector<VsanInfo> &Store::vsanTable(std::vector<VsanInfo> *scratch) {
+    if (session_read_open_) return snapshotVsans();
+    *scratch = readVsans();
+    return *scratch;
+}
+
 namespace {
 
 bool numberBelow(const VsanInfo &info, int number) {

@@ -163,6 +163,9 @@ class Store {
     const std::string &switchName();
     int setSwitchName(const std::string &name);
     std::vector<VsanInfo> vsans();  // ascending
+    // The same, with no copy inside a session (the table the session keeps);
+    // otherwise read into *scratch. Valid until the next call on this Store.
+    const std::vector<VsanInfo> &vsanTable(std::vector<VsanInfo> *scratch);
     bool vsan(int number, VsanInfo *out);
     bool nextVsan(int after, VsanInfo *out);  // the lowest VSAN above after
     // The VSAN numbered number, or with next set the lowest one above it;

@@ -1,4 +1,5 @@
 // The VSAN table, the domain manager and the switch's name.
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -13,12 +14,13 @@
 namespace zonesim {
 namespace {
 
-// Every field is written; the entry's reserved bytes and those after a
-// text's NUL are left as the caller had them. A walk over the VSAN table
-// fills an entry for every VSAN, and clearing its two kilobytes first cost
-// more than the rest of the step.
+// Every field is written, the unused bytes of the texts zero; the entry's
+// reserved bytes are left as they were. A walk over the VSAN table fills an
+// entry for every VSAN, and clearing all two kilobytes of each cost more
+// than the rest of the step.
 void fillVsanEntry(VsanEntry *entry, const VsanInfo &info, const std::string &switch_name) {
     auto *sim = reinterpret_cast<SimVsanEntry *>(entry);
+    std::memset(static_cast<void *>(sim), 0, offsetof(SimVsanEntry, reserved));
     sim->vsan = info.number;
     copyText(sim->name, info.name);
     copyText(sim->switch_name, switch_name);
@@ -29,7 +31,8 @@ void fillVsanEntry(VsanEntry *entry, const VsanInfo &info, const std::string &sw
 void fillDomainEntry(DomainEntry *entry, int vsan, const DomainInfo &domain,
                      const std::string &switch_name) {
     auto *sim = reinterpret_cast<SimDomainEntry *>(entry);
-    std::memset(sim, 0, sizeof *sim);
+    // The reserved bytes are left as they were, as in a VSAN entry.
+    std::memset(static_cast<void *>(sim), 0, offsetof(SimDomainEntry, reserved));
     sim->vsan = vsan;
     sim->domain_id = domain.domain_id;
     std::memcpy(sim->switch_wwn, domain.switch_wwn.data(), 8);
@@ -49,21 +52,28 @@ int vsanEntry(int queue, int mode, VsanEntry *entry) {
     });
 }
 
+// The entries' reserved bytes are not cleared (see fillVsanEntry); an empty
+// table is still an allocated (zeroed) entry with count 0.
 int allVsanEntries(int queue, int *count, VsanEntry **entries) {
     if (count == nullptr || entries == nullptr) return kErrInvalidArgument;
-    std::vector<VsanInfo> vsans;
-    std::string switch_name;
+    VsanEntry *array = nullptr;
+    std::size_t filled = 0;
     int code = withStore(queue, false, [&](Store &store) {
-        vsans = store.vsans();
-        switch_name = store.switchName();
+        std::vector<VsanInfo> scratch;
+        const std::vector<VsanInfo> &vsans = store.vsanTable(&scratch);
+        const std::string &switch_name = store.switchName();
+        array =
+            static_cast<VsanEntry *>(vsans.empty() ? std::calloc(1, sizeof(VsanEntry))
+                                                   : std::malloc(vsans.size() * sizeof(VsanEntry)));
+        if (array == nullptr) return kErrUnknown;
+        for (const VsanInfo &info : vsans) fillVsanEntry(&array[filled++], info, switch_name);
         return kOk;
     });
-    if (code != kOk) return code;
-    std::size_t n = vsans.empty() ? 1 : vsans.size();
-    auto *array = static_cast<VsanEntry *>(std::calloc(n, sizeof(VsanEntry)));
-    if (array == nullptr) return kErrUnknown;
-    for (std::size_t i = 0; i < vsans.size(); ++i) fillVsanEntry(&array[i], vsans[i], switch_name);
-    *count = static_cast<int>(vsans.size());
+    if (code != kOk) {
+        std::free(array);
+        return code;
+    }
+    *count = static_cast<int>(filled);
     *entries = array;
     return kOk;
 }
@@ -71,10 +81,11 @@ int allVsanEntries(int queue, int *count, VsanEntry **entries) {
 int domainEntry(int queue, int vsan, int mode, DomainEntry *entry) {
     if (entry == nullptr || mode != 1) return kErrInvalidArgument;
     return withStore(queue, false, [&](Store &store) {
-        VsanInfo info;
-        if (!store.vsan(vsan, &info)) return kErrVsanNotConfigured;
-        if (!info.domain) return kErrNotFound;
-        fillDomainEntry(entry, vsan, *info.domain, store.switchName());
+        VsanInfo scratch;
+        const VsanInfo *info = store.findVsan(vsan, false, &scratch);
+        if (info == nullptr) return kErrVsanNotConfigured;
+        if (!info->domain) return kErrNotFound;
+        fillDomainEntry(entry, vsan, *info->domain, store.switchName());
         return kOk;
     });
 }
