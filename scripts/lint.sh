@@ -14,7 +14,7 @@ tidy=$(clang-tidy -p "$build" --quiet $sources 2>/dev/null | grep -E 'warning:|e
 
 # The CMPI factories copy every text they are given, so temporaries passed to
 # them do not dangle; cppcheck cannot know that.
-check=$(cppcheck --quiet --enable=warning,performance,portability --std=c++20 \
+check=$(cppcheck --quiet --inline-suppr --enable=warning,performance,portability --std=c++20 \
   --suppress=missingIncludeSystem --suppress=returnDanglingLifetime \
   --suppress=danglingTemporaryLifetime --suppress=danglingLifetime \
   -I include/cmpi -I src src/ 2>&1 | grep -E '^[^ ]+:[0-9]+:[0-9]+:')

@@ -670,7 +670,11 @@ namespace {
 
 bool copyFound(const VsanInfo *found, VsanInfo *scratch, VsanInfo *out) {
     if (found == nullptr) return false;
-    if (out != nullptr) *out = found == scratch ? std::move(*scratch) : *found;
+    if (out == nullptr) return true;
+    if (found == scratch)
+        *out = std::move(*scratch);
+    else
+        *out = *found;
     return true;
 }
 
