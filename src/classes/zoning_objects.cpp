@@ -43,7 +43,10 @@ struct ZoningClass {
                                     const CMPIBroker *);
     CMPIObjectPath *(*fill_reference)(const char *, const char *, const Record *,
                                       const CMPIBroker *);
-    std::string_view count_noun;  // "found %d active <noun> in vsan %d\n"
+    // The middles of "found %d active <noun> in vsan %d\n" and of its
+    // editable-database twin, spelled out whole: one copy a line.
+    std::string_view active_count_middle;
+    std::string_view non_active_count_middle;
     EnumerationTrace names;
     EnumerationTrace instances;
     bool trace_failed_retrieval;
@@ -55,7 +58,8 @@ static constexpr ZoningClass<ZoneSetRecord> kZoneSets{
     zs_cim_get_zone_set_by_instance_id,
     zone_set_build_instance,
     zone_set_fill_reference,
-    "zone set",
+    " active zone set in vsan ",
+    " NON active zone set in vsan ",
     {VsanTrace::None, RecordTrace::IndexActiveOnly},
     {VsanTrace::None, RecordTrace::None},
     false,
@@ -67,7 +71,8 @@ static constexpr ZoningClass<ZoneRecord> kZones{
     zs_cim_get_zone_by_instance_id,
     zone_build_instance,
     zone_fill_reference,
-    "zone",
+    " active zone in vsan ",
+    " NON active zone in vsan ",
     {VsanTrace::FoundVsanGettingKeys, RecordTrace::None},
     {VsanTrace::FoundVsan, RecordTrace::IdAndName},
     true,
@@ -80,7 +85,8 @@ static constexpr ZoningClass<ZoneAliasRecord> kZoneAliases{
     zs_cim_get_zone_alias_by_instance_id,
     zone_alias_build_instance,
     zone_alias_fill_reference,
-    "zone",
+    " active zone in vsan ",
+    " NON active zone in vsan ",
     {VsanTrace::None, RecordTrace::None},
     {VsanTrace::None, RecordTrace::IdAndName},
     false,
@@ -100,15 +106,8 @@ void trace_vsan(zone::TraceBatch &out, VsanTrace trace, int vsan) {
 
 enum class Database { Active, NonActive };
 
-void trace_count(zone::TraceBatch &out, Database database, std::string_view noun, int count,
-                 int vsan) {
-    out.text("found ")
-        .number(count)
-        .text(database == Database::Active ? " active " : " NON active ")
-        .text(noun)
-        .text(" in vsan ")
-        .number(vsan)
-        .text("\n");
+void trace_count(zone::TraceBatch &out, std::string_view middle, int count, int vsan) {
+    out.text("found ").number(count).text(middle).number(vsan).text("\n");
 }
 
 const char *or_empty(const char *text) {
@@ -155,7 +154,10 @@ void list_database(Walk &walk, int (*query)(int, int, int *, Record **), Databas
     Record *records = nullptr;
     if (query(mts_q, vsan, &count, &records) != 0) return;
     const zone::Owned<Record> owner(records);
-    trace_count(walk.out, database, kind.count_noun, count, vsan);
+    trace_count(
+        walk.out,
+        database == Database::Active ? kind.active_count_middle : kind.non_active_count_middle,
+        count, vsan);
     for (int i = 0; records != nullptr && i < count; ++i) {
         trace_record(walk, trace.per_record, database, i, records[i]);
         deliver(records[i]);
