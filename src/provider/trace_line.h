@@ -48,7 +48,14 @@ class TraceBuffer {
         return *this;
     }
 
+    // Digits go straight into the buffer when any number fits.
     TraceBuffer &number(long value) {
+        constexpr std::size_t kLongest = 20;  // "-9223372036854775808"
+        if (sizeof buffer_ - length_ >= kLongest) {
+            char *const at = buffer_ + length_;
+            length_ += static_cast<std::size_t>(std::to_chars(at, at + kLongest, value).ptr - at);
+            return *this;
+        }
         char digits[24];
         const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
         return text(std::string_view(digits, static_cast<std::size_t>(end - digits)));
