@@ -246,10 +246,16 @@ bool copy_vsan_name(const VsanEntry &vsan, char (&out)[SIM_NAME_LEN + 1]) {
 
 // ---- paths of the zoning objects ------------------------------------------------
 
+// The one key of every zoning object's path, added straight: enumerations
+// make tens of thousands of these.
 CMPIObjectPath *instance_id_path(const CMPIBroker *broker, const char *ns, const char *cls,
                                  const char *instance_id) {
-    const Value keys[] = {Value::text("InstanceID", instance_id)};
-    return keyed_path(broker, ns, cls, keys);
+    if (instance_id == nullptr) return nullptr;
+    CMPIObjectPath *path = new_path(broker, ns, cls);
+    if (path == nullptr) return nullptr;
+    const auto *value = reinterpret_cast<const CMPIValue *>(instance_id);
+    return path->ft->addKey(path, "InstanceID", value, CMPI_chars).rc == CMPI_RC_OK ? path
+                                                                                    : nullptr;
 }
 
 template <typename Record>

@@ -681,6 +681,10 @@ bool copyFound(const VsanInfo *found, VsanInfo *scratch, VsanInfo *out) {
 }  // namespace
 
 bool Store::vsan(int number, VsanInfo *out) {
+    // Whether it is there, asked by every listing of a walk: the table the
+    // read holds answers without a VsanInfo made and dropped.
+    if (out == nullptr && session_read_open_ && snapshot_.vsans)
+        return snapshotVsan(number) != nullptr;
     VsanInfo scratch;
     return copyFound(findVsan(number, false, &scratch), &scratch, out);
 }
