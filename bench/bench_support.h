@@ -149,7 +149,6 @@ enum class Scaling {
 struct Entry {
     std::string operation;  // e.g. "enumInstances VORNA_Zone"
     int size = 0;
-    bool floor = false;  // the floor of `operation` rather than the operation
     Scaling scaling = Scaling::Linear;
 };
 
@@ -159,7 +158,7 @@ inline std::vector<std::pair<std::string, Entry>> &registry() {
 }
 
 inline std::string benchmarkName(const Entry &entry) {
-    return (entry.floor ? "floor: " : "") + entry.operation + " [" + kSizes[entry.size].label + "]";
+    return entry.operation + " [" + kSizes[entry.size].label + "]";
 }
 
 // Benchmarks run in registration order; register every benchmark of one
@@ -201,6 +200,46 @@ inline void timeLoop(benchmark::State &state, const std::function<double()> &op)
     for (auto _ : state) objects = op();
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
     reportPerObject(state, objects, took.count());
+}
+
+// Times op and its floor (both answering the number of objects they
+// handed back) in turns: the operation first on one iteration, the floor
+// first on the next, each call timed on its own. What else runs on the
+// machine slows both alike, and `to_floor` is the median of the iterations'
+// ratios: one disturbed call moves it no further than one place. The
+// benchmark must use manual time (add(...)->UseManualTime()): its own time
+// is the operation's.
+inline void timeAgainstFloor(benchmark::State &state, const std::function<double()> &op,
+                             const std::function<double()> &floor) {
+    using Clock = std::chrono::steady_clock;
+    auto timed = [](const std::function<double()> &fn, double *objects) {
+        const auto started = Clock::now();
+        *objects = fn();
+        return std::chrono::duration<double>(Clock::now() - started).count();
+    };
+    std::vector<double> ratios;
+    double op_seconds = 0;
+    double floor_seconds = 0;
+    double objects = 0;
+    double floor_objects = 0;
+    bool floor_first = false;
+    for (auto _ : state) {
+        double floor_took = 0;
+        if (floor_first) floor_took = timed(floor, &floor_objects);
+        const double op_took = timed(op, &objects);
+        if (!floor_first) floor_took = timed(floor, &floor_objects);
+        floor_first = !floor_first;
+        state.SetIterationTime(op_took);
+        op_seconds += op_took;
+        floor_seconds += floor_took;
+        if (floor_took > 0) ratios.push_back(op_took / floor_took);
+    }
+    reportPerObject(state, objects, op_seconds);
+    if (objects <= 0 || floor_objects != objects || ratios.empty()) return;
+    state.counters["floor_per_object"] =
+        floor_seconds / static_cast<double>(state.iterations()) / objects;
+    std::nth_element(ratios.begin(), ratios.begin() + ratios.size() / 2, ratios.end());
+    state.counters["to_floor"] = ratios[ratios.size() / 2];
 }
 
 // Times only op (one object per call); prepare runs before it and cleanup
@@ -267,55 +306,73 @@ class SummaryReporter : public benchmark::ConsoleReporter {
         ConsoleReporter::ReportRuns(reports);
         for (const Run &run : reports) {
             if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
-            auto per_object = run.counters.find("per_object");
-            auto objects = run.counters.find("objects");
-            if (per_object == run.counters.end() || objects == run.counters.end()) continue;
+            const double per_object = counter(run, "per_object");
+            const double objects = counter(run, "objects");
+            if (per_object <= 0 || objects <= 0) continue;
+            Result &result = results_[run.run_name.function_name];
             // With --benchmark_repetitions the fastest repetition stands: the
-            // others were slowed down by whatever else the machine did.
-            const Result result{per_object->second.value, objects->second.value};
-            auto [found, inserted] = results_.emplace(run.run_name.function_name, result);
-            if (!inserted && result.per_object < found->second.per_object) found->second = result;
+            // others were slowed down by whatever else the machine did. Each
+            // repetition's ratio to the floor was measured in turns with the
+            // floor, so every one counts: the table gives their median.
+            if (result.per_object <= 0 || per_object < result.per_object) {
+                result.per_object = per_object;
+                result.objects = objects;
+                result.floor_per_object = counter(run, "floor_per_object");
+            }
+            if (const double to_floor = counter(run, "to_floor"); to_floor > 0)
+                result.to_floor.push_back(to_floor);
         }
     }
 
     // The markdown table: one row per operation and size. On the full row,
     // the ratio of the sizes: of the time per object for what walks the
     // fabric, of the time per call for what handles one object or one VSAN
-    // (1.00: linear growth, or none). The ratio to the floor when the
-    // operation has one.
+    // (1.00: linear growth, or none). The floor's time per object and the
+    // ratio to it when the operation has one.
     void printTable(std::ostream &out) const {
         out << "\n| Operation | Size | Objects | Time per call | Time per object | Full / tenth "
-               "| To floor |\n|---|---|---:|---:|---:|---:|---:|\n";
+               "| Floor per object | To floor |\n|---|---|---:|---:|---:|---:|---:|---:|\n";
         for (const auto &[name, entry] : registry()) {
-            if (entry.floor) continue;
-            const Result *mine = find(entry.operation, entry.size, false);
+            const Result *mine = find(entry.operation, entry.size);
             if (mine == nullptr) continue;
-            const Result *tenth = find(entry.operation, kTenth, false);
-            const Result *floor = find(entry.operation, entry.size, true);
+            const Result *tenth = find(entry.operation, kTenth);
             std::string growth;
             if (entry.size == kFull && tenth != nullptr)
                 growth = entry.scaling == Scaling::Linear
                              ? ratio(mine->per_object / tenth->per_object) + " (per object)"
                              : ratio(mine->perCall() / tenth->perCall()) + " (per call)";
+            const bool has_floor = mine->floor_per_object > 0 && !mine->to_floor.empty();
             out << "| " << entry.operation << " | " << kSizes[entry.size].label << " | "
                 << static_cast<long long>(mine->objects) << " | " << duration(mine->perCall())
                 << " | " << duration(mine->per_object) << " | " << growth << " | "
-                << (floor != nullptr ? ratio(mine->per_object / floor->per_object)
-                                     : std::string("-"))
-                << " |\n";
+                << (has_floor ? duration(mine->floor_per_object) : std::string("-")) << " | "
+                << (has_floor ? ratio(median(mine->to_floor)) : std::string("-")) << " |\n";
         }
         out.flush();
     }
 
   private:
     struct Result {
-        double per_object;
-        double objects;
+        double per_object = 0;
+        double objects = 0;
+        double floor_per_object = 0;
+        std::vector<double> to_floor;  // one per repetition
         double perCall() const { return per_object * objects; }
     };
 
-    const Result *find(const std::string &operation, int size, bool floor) const {
-        auto found = results_.find(benchmarkName(Entry{operation, size, floor, Scaling::Linear}));
+    static double counter(const Run &run, const char *name) {
+        auto found = run.counters.find(name);
+        return found == run.counters.end() ? 0.0 : found->second.value;
+    }
+
+    static double median(std::vector<double> values) {
+        std::sort(values.begin(), values.end());
+        const std::size_t middle = values.size() / 2;
+        return values.size() % 2 != 0 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+    }
+
+    const Result *find(const std::string &operation, int size) const {
+        auto found = results_.find(benchmarkName(Entry{operation, size, Scaling::Linear}));
         return found == results_.end() ? nullptr : &found->second;
     }
 

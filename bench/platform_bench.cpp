@@ -75,7 +75,7 @@ class Request {
 
 void query(int size, const std::string &operation, Scaling scaling,
            std::function<double(const Samples &)> op) {
-    add(Entry{operation, size, false, scaling}, [size, op](benchmark::State &state) {
+    add(Entry{operation, size, scaling}, [size, op](benchmark::State &state) {
         const Samples &s = samples(size);
         timeLoop(state, [&] {
             Request request;
@@ -91,8 +91,9 @@ struct Step {
     std::function<void()> cleanup;
 };
 
-void command(int size, const std::string &operation, std::function<Step(const Samples &)> make) {
-    add(Entry{operation, size, false, Scaling::Flat}, [size, make](benchmark::State &state) {
+void command(int size, const std::string &operation,
+             const std::function<Step(const Samples &)> &make) {
+    add(Entry{operation, size, Scaling::Flat}, [size, make](benchmark::State &state) {
         const Step step = make(samples(size));
         timeStep(
             state, step.prepare,

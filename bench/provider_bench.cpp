@@ -5,9 +5,9 @@
 // The floor of an operation is what the host alone needs to make and hand
 // back the same objects: the operation is run once, what it delivered is
 // written down (namespace, class, host, keys and properties, references
-// included), and the floor benchmark builds those objects again with the
-// broker and returns them to a request's result, with no provider and no
-// platform in between.
+// included), and the benchmark builds those objects again with the broker
+// and returns them to a request's result, with no provider and no platform
+// in between, in turns with the operation itself.
 //
 // Single-object operations work on objects of the last VSAN of the fabric.
 // Methods and deleteInstance change the editable database of that VSAN;
@@ -21,6 +21,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "bench_support.h"
@@ -197,11 +198,12 @@ struct Samples {
     int spare_alias = 0;
 };
 
-Blueprint keyedBlueprint(const char *cls, std::vector<std::pair<const char *, std::string>> keys) {
+Blueprint keyedBlueprint(const char *cls,
+                         const std::vector<std::pair<const char *, std::string>> &keys) {
     Blueprint blueprint;
     blueprint.ns = kNamespace;
     blueprint.cls = cls;
-    for (auto &[name, value] : keys) {
+    for (const auto &[name, value] : keys) {
         ValueBlueprint key;
         key.name = name;
         key.type = CMPI_string;
@@ -272,10 +274,13 @@ const Samples &samples(int size) {
 
 using ReadOperation = std::function<cmpihost::Status(cmpihost::Request &, const Samples &)>;
 
-// The objects an operation delivered, written down once per floor benchmark
-// (the benchmark library calls a benchmark several times) and dropped before
-// any other benchmark runs: tens of thousands of small blocks kept alive
-// between the blocks that requests free would slow down every request after.
+// The objects an operation delivered, written down once per benchmark (the
+// benchmark library calls a benchmark several times) and dropped before any
+// other benchmark runs. They are written down on a thread of their own, so
+// that their blocks come from another heap of the C library's than the one
+// of the thread that times: tens of thousands of small blocks kept alive
+// between the blocks that requests free slowed down every request made
+// while they lived, the operation's more than its floor's.
 struct FloorCache {
     std::string name;
     std::vector<std::shared_ptr<Blueprint>> blueprints;
@@ -296,9 +301,12 @@ const std::vector<std::shared_ptr<Blueprint>> &floorBlueprints(const std::string
     if (cache.name != name) {
         dropFloorCache();
         const Samples &s = samples(size);  // made outside any request
-        cmpihost::Request request;
-        op(request, s);
-        cache.blueprints = captureDeliveries(request);
+        std::thread writer([&] {
+            cmpihost::Request request;
+            op(request, s);
+            cache.blueprints = captureDeliveries(request);
+        });
+        writer.join();
         cache.name = name;
     }
     return cache.blueprints;
@@ -323,18 +331,17 @@ const std::vector<std::shared_ptr<Blueprint>> &floorBlueprints(const std::string
     return static_cast<double>(request.deliveries().size());
 }
 
+// The operation and its floor, timed in turns.
 void read(int size, const std::string &operation, Scaling scaling, ReadOperation op) {
-    add(Entry{operation, size, false, scaling}, [size, op](benchmark::State &state) {
-        dropFloorCache();
+    const Entry entry{operation, size, scaling};
+    const std::string name = benchmarkName(entry);
+    add(entry, [size, op, name](benchmark::State &state) {
+        const std::vector<std::shared_ptr<Blueprint>> &blueprints = floorBlueprints(name, size, op);
         const Samples &s = samples(size);
-        timeLoop(state, [&] { return operationOnce(state, op, s); });
-    });
-    const std::string floor_name = benchmarkName(Entry{operation, size, true, scaling});
-    add(Entry{operation, size, true, scaling}, [size, op, floor_name](benchmark::State &state) {
-        const std::vector<std::shared_ptr<Blueprint>> &blueprints =
-            floorBlueprints(floor_name, size, op);
-        timeLoop(state, [&] { return floorOnce(blueprints); });
-    });
+        timeAgainstFloor(
+            state, [&] { return operationOnce(state, op, s); },
+            [&] { return floorOnce(blueprints); });
+    })->UseManualTime();
 }
 
 CMPIObjectPath *classPath(cmpihost::Request &request, const char *cls) {
@@ -445,7 +452,7 @@ std::string outputInstanceId(const CMPIArgs *out, const char *name) {
 
 void change(int size, const std::string &operation, Prepare prepare,
             std::function<cmpihost::Status(cmpihost::Request &, Change &)> op, Undo undo) {
-    add(Entry{operation, size, false, Scaling::Flat}, [=](benchmark::State &state) {
+    add(Entry{operation, size, Scaling::Flat}, [=](benchmark::State &state) {
         dropFloorCache();
         const Samples &s = samples(size);
         auto current = std::make_shared<Change>();
