@@ -29,6 +29,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/quiet_stdout.h"
@@ -164,7 +165,7 @@ inline std::string benchmarkName(const Entry &entry) {
 // Benchmarks run in registration order; register every benchmark of one
 // size before the next size.
 inline benchmark::internal::Benchmark *add(const Entry &entry,
-                                           std::function<void(benchmark::State &)> body) {
+                                           const std::function<void(benchmark::State &)> &body) {
     const std::string name = benchmarkName(entry);
     registry().emplace_back(name, entry);
     const int size = entry.size;
@@ -200,6 +201,14 @@ inline void timeLoop(benchmark::State &state, const std::function<double()> &op)
     for (auto _ : state) objects = op();
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
     reportPerObject(state, objects, took.count());
+}
+
+// The middle value (the mean of the two middle ones for an even count);
+// values must not be empty.
+inline double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    const std::size_t middle = values.size() / 2;
+    return values.size() % 2 != 0 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
 // Times op and its floor (both answering the number of objects they
@@ -238,8 +247,7 @@ inline void timeAgainstFloor(benchmark::State &state, const std::function<double
     if (objects <= 0 || floor_objects != objects || ratios.empty()) return;
     state.counters["floor_per_object"] =
         floor_seconds / static_cast<double>(state.iterations()) / objects;
-    std::nth_element(ratios.begin(), ratios.begin() + ratios.size() / 2, ratios.end());
-    state.counters["to_floor"] = ratios[ratios.size() / 2];
+    state.counters["to_floor"] = median(std::move(ratios));
 }
 
 // Times only op (one object per call); prepare runs before it and cleanup
@@ -363,12 +371,6 @@ class SummaryReporter : public benchmark::ConsoleReporter {
     static double counter(const Run &run, const char *name) {
         auto found = run.counters.find(name);
         return found == run.counters.end() ? 0.0 : found->second.value;
-    }
-
-    static double median(std::vector<double> values) {
-        std::sort(values.begin(), values.end());
-        const std::size_t middle = values.size() / 2;
-        return values.size() % 2 != 0 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
     }
 
     const Result *find(const std::string &operation, int size) const {
